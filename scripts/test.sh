@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds and runs the whole test suite twice: once with AddressSanitizer and
 # UndefinedBehaviorSanitizer (LeakSanitizer included), then as an optimised build. Installs what
-# is missing first. Widget tests need a display; without one they run under Xvfb.
+# is missing first.
 set -euo pipefail
 
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -19,10 +19,6 @@ run_suite() {
 
 export ASAN_OPTIONS="detect_leaks=1:abort_on_error=0:strict_string_checks=1"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
-
-if [ -z "${DISPLAY:-}" ] && command -v xvfb-run >/dev/null 2>&1; then
-    export SPLINOR_XVFB="xvfb-run -a -s '-screen 0 1280x1024x24'"
-fi
 
 echo "== Sanitizer build (ASan + UBSan)"
 run_suite "$root/build-asan" -DCMAKE_BUILD_TYPE=Debug -DSPLINOR_SANITIZE=ON -DSPLINOR_BUILD_BENCHMARKS=OFF

@@ -10,6 +10,27 @@
 namespace Ovantis {
 namespace SplinorLib {
 namespace v19 {
+namespace {
+
+// The nearest x to a neighbour that keeps the separation as a difference: x - neighbour can
+// round below getMinSeparation() even when x was computed as neighbour + getMinSeparation().
+double SeparatedAbove(double iNeighbour)
+{
+    double x = iNeighbour + Keyframe::getMinSeparation();
+    while (x - iNeighbour < Keyframe::getMinSeparation())
+        x = std::nextafter(x, std::numeric_limits<double>::infinity());
+    return x;
+}
+
+double SeparatedBelow(double iNeighbour)
+{
+    double x = iNeighbour - Keyframe::getMinSeparation();
+    while (iNeighbour - x < Keyframe::getMinSeparation())
+        x = std::nextafter(x, -std::numeric_limits<double>::infinity());
+    return x;
+}
+
+} // namespace
 
 Keyframe::Keyframe(const Keyframe& iOther)
     : SharedFromThis<Keyframe>(), mPosition(iOther.mPosition), mFlags(iOther.mFlags)
@@ -39,9 +60,9 @@ void Keyframe::set(const Vector2D<double>& iPosition)
         double low = -std::numeric_limits<double>::infinity();
         double high = std::numeric_limits<double>::infinity();
         if (const Keyframe* previous = mSegment->mPrevious ? mSegment->mPrevious->getLeftKey() : nullptr)
-            low = previous->getX() + getMinSeparation();
+            low = SeparatedAbove(previous->getX());
         if (const Keyframe* next = mSegment->getRightKey())
-            high = next->getX() - getMinSeparation();
+            high = SeparatedBelow(next->getX());
         position.x = std::clamp(position.x, low, high);
     }
     if (position == mPosition)
