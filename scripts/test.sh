@@ -17,7 +17,7 @@ run_suite() {
     (cd "$dir" && ctest --output-on-failure -j "$jobs")
 }
 
-export ASAN_OPTIONS="detect_leaks=1:abort_on_error=0:strict_string_checks=1"
+export ASAN_OPTIONS="${ASAN_OPTIONS:-strict_string_checks=1}"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
 
 echo "== Sanitizer build (ASan + UBSan)"
