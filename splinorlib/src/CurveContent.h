@@ -1,10 +1,12 @@
 #pragma once
 
 #include "KeyIndex.h"
+#include "splinorlib/HitRecordIterator.h"
 
 #include <cstddef>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 namespace Ovantis {
@@ -44,6 +46,10 @@ struct CurveContent
     std::string name;
     std::map<std::string, std::string> properties;
     unsigned flags = cCurveVisible | cCurveEditable;
+    /// The selected state travels with the content, so that copies and swaps carry it.
+    bool selected = false;
+    /// The segments with any selected item, in x order.
+    SelectedSegments selectedSegments;
 };
 
 } // namespace Private

@@ -41,6 +41,7 @@ void Segment::copyValuesFrom(const Segment& iOther)
     mLeftKey.mFlags = iOther.mLeftKey.mFlags;
     mOut.copyStateFrom(iOther.mOut);
     mIn.copyStateFrom(iOther.mIn);
+    mSelected = iOther.mSelected;
 }
 
 void Segment::setInterpolator(std::shared_ptr<Interpolator> iInterpolator)
@@ -88,6 +89,7 @@ Splinor* Segment::getOwningCurve() const
 
 void Segment::detach()
 {
+    mSelected = 0;
     mContent = nullptr;
     mPrevious = nullptr;
     mNext = nullptr;

@@ -1,6 +1,7 @@
 #include "splinorlib/Splinor.h"
 
 #include "CurveContent.h"
+#include "SelectionAccess.h"
 #include "splinorlib/Interpolators.h"
 
 #include <cmath>
@@ -18,6 +19,15 @@ int sGlobalSwitchDepth = 0;
 
 namespace Private {
 
+bool ByLeftKey::operator()(const Segment* a, const Segment* b) const
+{
+    const Keyframe* left = a->getLeftKey();
+    const Keyframe* right = b->getLeftKey();
+    if (!left || !right)
+        return !left && right;
+    return left->getX() < right->getX();
+}
+
 CurveContent::~CurveContent()
 {
     releaseSegments();
@@ -29,6 +39,7 @@ void CurveContent::releaseSegments()
     Segment* segment = head;
     head = tail = nullptr;
     keys.clear();
+    selectedSegments.clear();
     while (segment) {
         Segment* next = segment->mNext;
         std::shared_ptr<Segment> release = std::move(segment->mKeepAlive);
@@ -91,8 +102,11 @@ std::shared_ptr<Splinor> Splinor::createCopy(const Splinor& iSource)
     to.name = from.name;
     to.properties = from.properties;
     to.flags = from.flags;
+    to.selected = from.selected;
 
     to.head->copyValuesFrom(*from.head);
+    if (to.head->mSelected)
+        to.selectedSegments.insert(to.head);
     Segment* last = to.head;
     for (const Segment* source = from.head->mNext; source; source = source->mNext) {
         Segment* segment = Segment::make(&to, true).get();
@@ -101,6 +115,8 @@ std::shared_ptr<Splinor> Splinor::createCopy(const Splinor& iSource)
         last->mNext = segment;
         last = segment;
         to.keys.append(segment->mLeftKey.getX(), segment);
+        if (segment->mSelected)
+            to.selectedSegments.insert(to.selectedSegments.end(), segment);
     }
     to.tail = last;
     return copy;
@@ -202,8 +218,12 @@ Segment* Splinor::splitSegment(Segment& iSegment, const Keyframe& iKey, std::sha
         mContent->tail = segment;
     iSegment.mNext = segment;
 
-    if (segment->mNext)
+    if (segment->mNext) {
         segment->mIn.copyStateFrom(iSegment.mIn);
+        if (Private::SelectionAccess::isSet(iSegment, Private::SelectionAccess::cInBit))
+            Private::SelectionAccess::set(*segment, Private::SelectionAccess::cInBit, true);
+    }
+    Private::SelectionAccess::set(iSegment, Private::SelectionAccess::cInBit, false);
     iSegment.mIn.resetState();
 
     mContent->keys.insert(iKey.getX(), segment);
@@ -220,6 +240,9 @@ Splinor::iterator Splinor::removeSegment(iterator iSegment)
         return iSegment;
     Segment* previous = segment->mPrevious;
     Segment* next = segment->mNext;
+    Private::SelectionAccess::clear(*segment);
+    if (!next) // the previous segment becomes the last, and its in tangent goes with the key
+        Private::SelectionAccess::set(*previous, Private::SelectionAccess::cInBit, false);
     previous->mNext = next;
     if (next)
         next->mPrevious = previous;

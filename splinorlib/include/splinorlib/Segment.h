@@ -4,6 +4,7 @@
 #include "splinorlib/SharedFromThis.h"
 #include "splinorlib/Tangent.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -17,6 +18,7 @@ class Splinor;
 
 namespace Private {
 struct CurveContent;
+struct SelectionAccess;
 }
 
 /// The piece of a curve from one key to the next.
@@ -71,6 +73,7 @@ private:
     friend class Tangent;
     friend class Splinor;
     friend struct Private::CurveContent;
+    friend struct Private::SelectionAccess;
 
     static std::shared_ptr<Segment> make(Private::CurveContent* iContent, bool iHasLeftKey);
     void copyValuesFrom(const Segment& iOther);
@@ -87,6 +90,8 @@ private:
     Tangent mOut;
     Tangent mIn;
     bool mHasLeftKey = false;
+    // Which of this segment's items are selected: see Private::SelectionAccess.
+    std::uint8_t mSelected = 0;
 };
 
 } // namespace v19

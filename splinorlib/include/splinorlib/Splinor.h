@@ -19,6 +19,7 @@ class Interpolator;
 
 namespace Private {
 struct CurveContent;
+struct SelectionAccess;
 Segment* LastSegmentOf(const CurveContent* iContent);
 }
 
@@ -186,6 +187,7 @@ private:
     friend class Segment;
     friend class Tangent;
     friend struct Private::CurveContent;
+    friend struct Private::SelectionAccess;
     friend bool IsVisible(const Splinor&);
     friend void SetVisible(Splinor&, bool);
     friend bool IsEditable(const Splinor&);
