@@ -332,6 +332,73 @@ void Swap(benchmark::State& state)
 }
 BENCHMARK(Swap)->Unit(benchmark::kMicrosecond);
 
+// --- Selection ------------------------------------------------------------------------------
+
+// The selection's state lives in the items, so asking is a bit test, whatever the curve's size.
+void IsSelectedRandom(benchmark::State& state)
+{
+    Splinor& curve = largeCurve();
+    auto container = SplinorContainer::create();
+    container->addCurve(curve.getShared());
+    Selection selection(container);
+    const std::vector<double> positions = randomPositions(0.0, double(cLargeKeyCount - 1));
+    std::vector<const Keyframe*> keys;
+    for (double x : positions)
+        keys.push_back(curve.findSegment(x)->getLeftKey());
+    std::size_t i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(selection.isSelected(*keys[i]));
+        i = (i + 1) & (cRandomCount - 1);
+    }
+}
+BENCHMARK(IsSelectedRandom)->Unit(benchmark::kNanosecond);
+
+// A thousand keys scattered over a million: the walk must cost the thousand, not the million.
+void WalkSelectedKeyframes(benchmark::State& state)
+{
+    Splinor& curve = largeCurve();
+    auto container = SplinorContainer::create();
+    container->addCurve(curve.getShared());
+    Selection selection(container);
+    const std::vector<double> positions = randomPositions(0.0, double(cLargeKeyCount - 1));
+    for (std::size_t i = 0; selection.begin() == selection.end() || i < 1000; ++i)
+        selection.select(*curve.findSegment(positions[i])->getLeftKey());
+    std::size_t count = 0;
+    for (auto _ : state) {
+        count = 0;
+        for (auto it = BeginSelectedKeyframes(selection); it != EndSelectedKeyframes(selection); ++it)
+            ++count;
+        benchmark::DoNotOptimize(count);
+    }
+    state.counters["keys"] = double(count);
+    selection.clear();
+}
+BENCHMARK(WalkSelectedKeyframes)->Unit(benchmark::kMicrosecond);
+
+// Selecting and clearing a whole curve of a hundred thousand keys, timed apart.
+void SelectCurveCompletelyThenClear(benchmark::State& state)
+{
+    Splinor& curve = mediumCurve();
+    auto container = SplinorContainer::create();
+    container->addCurve(curve.getShared());
+    Selection selection(container);
+    double selectSeconds = 0.0;
+    double clearSeconds = 0.0;
+    for (auto _ : state) {
+        const Clock::time_point start = Clock::now();
+        SelectCurveCompletely(selection, curve);
+        const Clock::time_point selected = Clock::now();
+        selection.clear();
+        const Clock::time_point cleared = Clock::now();
+        selectSeconds += seconds(start, selected);
+        clearSeconds += seconds(selected, cleared);
+        state.SetIterationTime(seconds(start, cleared));
+    }
+    state.counters["select_ms"] = benchmark::Counter(selectSeconds * 1000.0, benchmark::Counter::kAvgIterations);
+    state.counters["clear_ms"] = benchmark::Counter(clearSeconds * 1000.0, benchmark::Counter::kAvgIterations);
+}
+BENCHMARK(SelectCurveCompletelyThenClear)->UseManualTime()->Unit(benchmark::kMillisecond);
+
 // --- Memory ---------------------------------------------------------------------------------
 
 // Bytes in use by the allocator, from the heap arenas and from blocks mapped on their own.
