@@ -43,6 +43,11 @@ struct TypeCase
     double out;
 };
 
+void PrintTo(const TypeCase& iCase, std::ostream* oStream)
+{
+    *oStream << iCase.name;
+}
+
 class TangentTypes : public ::testing::TestWithParam<TypeCase>
 {
 };
