@@ -1,0 +1,83 @@
+#include "view/Viewport.h"
+
+namespace Ovantis {
+namespace SplinorEditorQtLib {
+namespace v22 {
+
+Viewport::Viewport() = default;
+
+Viewport::Viewport(const Rectangle& iWindow, const Rectangle& iWorld) : mWindowBounds(iWindow), mWorldBounds(iWorld)
+{
+}
+
+Viewport::~Viewport() = default;
+
+void Viewport::setWindowBounds(const Rectangle& iBounds)
+{
+    if (iBounds == mWindowBounds)
+        return;
+    mWindowBounds = iBounds;
+    notifyViewportChanged();
+}
+
+void Viewport::setWindowBounds(float iX, float iY, float iWidth, float iHeight)
+{
+    setWindowBounds(Rectangle(iX, iY, iWidth, iHeight));
+}
+
+void Viewport::setWorldBounds(const Rectangle& iBounds)
+{
+    if (iBounds == mWorldBounds)
+        return;
+    mWorldBounds = iBounds;
+    notifyViewportChanged();
+}
+
+void Viewport::setWorldBounds(float iX, float iY, float iWidth, float iHeight)
+{
+    setWorldBounds(Rectangle(iX, iY, iWidth, iHeight));
+}
+
+void Viewport::setWorldLimits(const Rectangle& iLimits)
+{
+    const Rectangle limits = iLimits.width > 0.0 && iLimits.height > 0.0 ? iLimits : Rectangle();
+    if (limits == mWorldLimits)
+        return;
+    mWorldLimits = limits;
+    notifyViewportChanged();
+}
+
+void Viewport::setWorldLimits(float iX, float iY, float iWidth, float iHeight)
+{
+    setWorldLimits(Rectangle(iX, iY, iWidth, iHeight));
+}
+
+Viewport::Vector Viewport::windowToWorld(const Vector& iWindow) const
+{
+    const Rectangle& win = mWindowBounds;
+    const Rectangle& world = mWorldBounds;
+    return {(iWindow.x - win.x) * world.width / win.width + world.x,
+            (win.height + win.y - iWindow.y) * world.height / win.height + world.y};
+}
+
+Viewport::Vector Viewport::worldToWindow(const Vector& iWorld) const
+{
+    const Rectangle& win = mWindowBounds;
+    const Rectangle& world = mWorldBounds;
+    return {(iWorld.x - world.x) * win.width / world.width + win.x,
+            (world.height + world.y - iWorld.y) * win.height / world.height + win.y};
+}
+
+Viewport::Vector Viewport::pixelSize() const
+{
+    return {mWorldBounds.width / mWindowBounds.width, mWorldBounds.height / mWindowBounds.height};
+}
+
+void Viewport::notifyViewportChanged()
+{
+    mObservers.notify(&ViewportObserver::viewportChanged, *this);
+}
+
+} // namespace v22
+} // namespace SplinorEditorQtLib
+} // namespace Ovantis
