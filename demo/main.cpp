@@ -15,6 +15,7 @@
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QSurfaceFormat>
+#include <QScreen>
 #include <QTimer>
 
 #include <cstdio>
@@ -77,7 +78,9 @@ int main(int argc, char** argv)
     const QString screenshot = ScreenshotPath(application.arguments());
     if (!screenshot.isEmpty()) {
         QTimer::singleShot(200, [&] {
-            const bool saved = window.grab().save(screenshot, "PNG");
+            // What the screen shows, as a user would see it.
+            const QPixmap shot = window.screen()->grabWindow(window.winId());
+            const bool saved = shot.save(screenshot, "PNG");
             std::printf("%s %s\n", saved ? "Screenshot written to" : "Could not write",
                         qPrintable(QFileInfo(screenshot).absoluteFilePath()));
             std::fflush(stdout);

@@ -59,6 +59,10 @@ void GraphWidget::init()
     mFont = QFont();
     mRepaintPending = false;
 
+    // The view is opaque: the background is cleared with zero alpha, which an RGBA texture
+    // would otherwise composite as a hole into the host's window.
+    setTextureFormat(GL_RGB8);
+
     setMinimumSize(100, 100);
     setMaximumSize(2000, 2000);
     mViewport->setWindowBounds(Viewport::Rectangle(0.0, 0.0, 100.0, 100.0));

@@ -105,7 +105,9 @@ TEST(GraphWidget, input_events_reach_the_layers_with_and_without_buttons)
     };
     widget->getUserLayers()->pushLayer(layer);
 
-    QTest::mouseMove(widget, QPoint(40, 50));
+    // A move is sent, not made with the cursor, so that where the real pointer is cannot matter.
+    QMouseEvent move(QEvent::MouseMove, QPointF(40, 50), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(widget, &move);
     QTest::mousePress(widget, Qt::LeftButton, Qt::NoModifier, QPoint(41, 51));
     QTest::mouseRelease(widget, Qt::LeftButton, Qt::NoModifier, QPoint(41, 51));
     QTest::keyClick(widget, Qt::Key_Q);
