@@ -71,6 +71,14 @@ int main(int argc, char** argv)
     edit->addAction(redo);
     QObject::connect(graph, &GraphWidget::actionEnd, [&] { window.statusBar()->showMessage(stack.undoText(), 3000); });
 
+    // Names on the curves, and the height selected so that its keys and tangents show.
+    graph->triggerLabels();
+    auto height = graph->getCurves()->at(0);
+    graph->getSelection()->select(*height);
+    graph->getSelection()->select(*height->findSegment(42.0)->getLeftKey());
+    graph->getSelection()->select(*height->findSegment(42.0));
+    SetVelocityVisible(*graph->getCurves()->at(2), false);
+
     window.resize(960, 540);
     window.show();
     ShowAll(*graph);

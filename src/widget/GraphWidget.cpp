@@ -3,6 +3,7 @@
 #include "commands/UndoStack.h"
 #include "layers/LayerManager.h"
 #include "render/BackgroundLayer.h"
+#include "render/CurveLayer.h"
 #include "render/FocusLayer.h"
 #include "render/GLSentries.h"
 #include "render/GraphViewColors.h"
@@ -80,6 +81,10 @@ void GraphWidget::init()
     mUserLayers->pushLayer(grid);
     connect(grid.get(), SIGNAL(requestDrawText(int, int, const QString&, const QColor&)), this,
             SLOT(drawText(int, int, const QString&, const QColor&)));
+    auto curves = MakeShared<CurveLayer>(mCurves, mSelection, mColors);
+    mUserLayers->pushLayer(curves);
+    connect(curves.get(), SIGNAL(requestDrawText(int, int, const QString&, const QColor&)), this,
+            SLOT(drawText(int, int, const QString&, const QColor&)));
     mRootLayer->pushLayer(MakeShared<FocusLayer>(mColors));
 
     // The settings are the process's: each new widget puts them back to these.
@@ -151,6 +156,12 @@ void GraphWidget::triggerFrameSelected() { FrameSelection(mRootLayer, mViewport,
 void GraphWidget::triggerFrameSelectedX() { FrameSelection(mRootLayer, mViewport, mSelection, FrameXOnly); }
 void GraphWidget::triggerFrameSelectedY() { FrameSelection(mRootLayer, mViewport, mSelection, FrameYOnly); }
 
+void GraphWidget::triggerLabels()
+{
+    if (auto* layer = dynamic_cast<CurveLayer*>(mRootLayer->findLayer("Curve Layer").get()))
+        layer->setLabelsVisible(!layer->areLabelsVisible());
+}
+
 // --- Events ---------------------------------------------------------------------------------
 
 bool GraphWidget::delegateEventToLayerManager(QEvent* iEvent)
@@ -196,7 +207,24 @@ void GraphWidget::wheelEvent(QWheelEvent* event)
 
 void GraphWidget::keyPressEvent(QKeyEvent* event)
 {
-    delegateEventToLayerManager(event);
+    // The widget's own keys act before any layer sees them, whatever the modifiers.
+    switch (event->key()) {
+    case Qt::Key_A:
+        triggerFrameAll();
+        break;
+    case Qt::Key_F:
+        triggerFrameAuto();
+        break;
+    case Qt::Key_H:
+        triggerLabels();
+        mRepaintPending = true;
+        break;
+    default:
+        delegateEventToLayerManager(event);
+        return;
+    }
+    event->accept();
+    repaintIfPending();
 }
 
 // --- GL -------------------------------------------------------------------------------------

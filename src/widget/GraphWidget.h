@@ -90,6 +90,8 @@ public slots:
     virtual void triggerFrameSelected();
     virtual void triggerFrameSelectedX();
     virtual void triggerFrameSelectedY();
+    /// Shows or hides the curve name labels; the key H also repaints at once.
+    virtual void triggerLabels();
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;

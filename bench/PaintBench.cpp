@@ -1,0 +1,134 @@
+// Timings of the editor's drawing and picking on large scenes: a full paint of 100 curves,
+// framed, with nothing and with everything selected, and a pick on a mouse move. Needs a
+// display; run it under Xvfb where there is none.
+
+#include "SplinorEditorQt.h"
+
+#include <QApplication>
+#include <QSurfaceFormat>
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cmath>
+#include <memory>
+#include <random>
+
+namespace {
+
+using namespace Ovantis::SplinorEditorQtLib::v22;
+using namespace Ovantis::SplinorLib::v19;
+
+constexpr int cCurveCount = 100;
+
+/// A widget whose paint can be timed by itself, without the compositing of a frame.
+class TimedWidget : public GraphWidget
+{
+public:
+    void paintOnce()
+    {
+        makeCurrent();
+        paintGL();
+        glFinish();
+    }
+};
+
+std::shared_ptr<Splinor> Wave(std::size_t iKeys, int iIndex)
+{
+    auto curve = Splinor::create();
+    auto bezier = Bezier::create();
+    curve->setName(("curve" + std::to_string(iIndex)).c_str());
+    for (std::size_t i = 0; i < iKeys; ++i) {
+        const double x = double(i);
+        curve->insertSegment(Keyframe(x, std::sin(x * 0.05 + iIndex) * 10.0 + iIndex), bezier);
+    }
+    return curve;
+}
+
+struct Scene
+{
+    explicit Scene(std::size_t iKeys)
+    {
+        widget = std::make_unique<TimedWidget>();
+        widget->resize(1140, 926);
+        widget->show();
+        for (int i = 0; i < cCurveCount; ++i)
+            widget->getCurves()->addCurve(Wave(iKeys, i));
+        QApplication::processEvents();
+    }
+    void frame(double iWidth)
+    {
+        widget->getViewport()->setWorldBounds(Rectangle<double>(0.0, -15.0, iWidth, 130.0));
+    }
+    void selectAll()
+    {
+        for (const auto& curve : *widget->getCurves())
+            SelectCurveCompletely(*widget->getSelection(), *curve);
+    }
+    std::unique_ptr<TimedWidget> widget;
+};
+
+Scene& SceneOf(std::size_t iKeys)
+{
+    static std::map<std::size_t, std::unique_ptr<Scene>> scenes;
+    auto& scene = scenes[iKeys];
+    if (!scene)
+        scene = std::make_unique<Scene>(iKeys);
+    return *scene;
+}
+
+void Paint(benchmark::State& state, std::size_t iKeys, double iViewWidth, bool iSelectAll)
+{
+    Scene& scene = SceneOf(iKeys);
+    scene.frame(iViewWidth);
+    scene.widget->getSelection()->clear();
+    if (iSelectAll)
+        scene.selectAll();
+    for (auto _ : state)
+        scene.widget->paintOnce();
+    scene.widget->getSelection()->clear();
+}
+
+void PaintFramed1000(benchmark::State& state) { Paint(state, 1000, 1000.0, false); }
+void PaintFramed1000Selected(benchmark::State& state) { Paint(state, 1000, 1000.0, true); }
+void PaintWindowOf100000(benchmark::State& state) { Paint(state, 100000, 1000.0, false); }
+void PaintWindowOf100000Selected(benchmark::State& state) { Paint(state, 100000, 1000.0, true); }
+BENCHMARK(PaintFramed1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(PaintFramed1000Selected)->Unit(benchmark::kMillisecond);
+BENCHMARK(PaintWindowOf100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(PaintWindowOf100000Selected)->Unit(benchmark::kMillisecond);
+
+// A pick on each mouse move over a large scene: only the segment under the pointer is looked at.
+void PickOnMove(benchmark::State& state)
+{
+    Scene& scene = SceneOf(100000);
+    scene.frame(1000.0);
+    scene.selectAll();
+    std::mt19937 random(5);
+    std::vector<Vector2D<double>> points(4096);
+    for (auto& p : points)
+        p = {double(random() % 1140), double(random() % 926)};
+    std::size_t i = 0;
+    for (auto _ : state) {
+        HitRecord hit;
+        benchmark::DoNotOptimize(PickPoint(*scene.widget->getCurves(), *scene.widget->getSelection(),
+                                           *scene.widget->getViewport(), points[i++ & 4095], hit));
+    }
+    scene.widget->getSelection()->clear();
+}
+BENCHMARK(PickOnMove)->Unit(benchmark::kMicrosecond);
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QSurfaceFormat format;
+    format.setProfile(QSurfaceFormat::CompatibilityProfile);
+    format.setVersion(2, 1);
+    QSurfaceFormat::setDefaultFormat(format);
+    QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
