@@ -14,13 +14,22 @@ run_suite() {
     shift
     cmake -S "$root" -B "$dir" "$@" >/dev/null
     cmake --build "$dir" -j "$jobs"
-    # The widget tests draw for real: without a display they run on a virtual one.
-    if [ -z "${DISPLAY:-}" ]; then
-        (cd "$dir" && xvfb-run -a -s "-screen 0 1280x1024x24" ctest --output-on-failure -j "$jobs")
-    else
-        (cd "$dir" && ctest --output-on-failure -j "$jobs")
-    fi
+    (cd "$dir" && ctest --output-on-failure -j "$jobs")
 }
+
+# The widget tests draw for real: without a display they run on a virtual one of their own.
+# Xvfb picks a free display number itself (-displayfd), so that runs side by side never meet.
+if [ -z "${DISPLAY:-}" ]; then
+    display_file="$(mktemp)"
+    Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$display_file" 2>/dev/null &
+    xvfb_pid=$!
+    trap 'kill "$xvfb_pid" 2>/dev/null; rm -f "$display_file"' EXIT
+    for _ in $(seq 100); do
+        [ -s "$display_file" ] && break
+        sleep 0.1
+    done
+    export DISPLAY=":$(head -n 1 "$display_file")"
+fi
 
 export ASAN_OPTIONS="${ASAN_OPTIONS:-strict_string_checks=1}"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"

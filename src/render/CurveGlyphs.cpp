@@ -48,6 +48,125 @@ void SetColour(const QColor& iColour)
     glColor3f(GLfloat(iColour.redF()), GLfloat(iColour.greenF()), GLfloat(iColour.blueF()));
 }
 
+/// Glyphs and lines gathered into a few draw calls. A paint of many curves would otherwise make
+/// a call per keyframe, tangent and segment, and the cost of the calls, not of the pixels,
+/// would set the speed. Colours travel with the vertices; the order of drawing is that of the
+/// single routines: keyframes, then tangent lines, then tangent handles.
+class GlyphBatch
+{
+public:
+    void keyframe(const Vector& iPosition, const QColor& iColour, const Vector& iPixelSize, bool iFilled,
+                  bool iBreakdown)
+    {
+        double hx = iPixelSize.x * cKeyHalfWidth;
+        double hy = iPixelSize.y * cKeyHalfWidth;
+        if (iBreakdown) {
+            hx *= cDiamondFactor;
+            hy *= cDiamondFactor;
+        }
+        const double x = iPosition.x;
+        const double y = iPosition.y;
+        const Vector square[4] = {{x - hx, y - hy}, {x - hx, y + hy}, {x + hx, y + hy}, {x + hx, y - hy}};
+        const Vector diamond[4] = {{x - hx, y}, {x, y - hy}, {x + hx, y}, {x, y + hy}};
+        polygon(iBreakdown ? diamond : square, 4, iColour, 1.0f, iFilled, mKeyFills, mKeyOutlines);
+    }
+
+    void tangentLine(const Vector& iFrom, const Vector& iTo, const QColor& iColour)
+    {
+        add(mTangentLines, iFrom, iColour, cTangentLineAlpha);
+        add(mTangentLines, iTo, iColour, cTangentLineAlpha);
+    }
+
+    void handle(const Vector iCorners[3], const QColor& iColour, bool iFilled)
+    {
+        polygon(iCorners, 3, iColour, 1.0f, iFilled, mHandleFills, mHandleOutlines);
+    }
+
+    void flush()
+    {
+        draw(GL_QUADS, mKeyFills);
+        draw(GL_LINES, mKeyOutlines);
+        draw(GL_LINES, mTangentLines);
+        draw(GL_TRIANGLES, mHandleFills);
+        draw(GL_LINES, mHandleOutlines);
+    }
+
+private:
+    struct Vertex
+    {
+        GLfloat x, y, r, g, b, a;
+    };
+
+    static void add(std::vector<Vertex>& ioVertices, const Vector& iPoint, const QColor& iColour, GLfloat iAlpha)
+    {
+        ioVertices.push_back({GLfloat(iPoint.x), GLfloat(iPoint.y), GLfloat(iColour.redF()), GLfloat(iColour.greenF()),
+                              GLfloat(iColour.blueF()), iAlpha});
+    }
+
+    /// A filled polygon of 3 or 4 corners, or its outline as separate edges.
+    static void polygon(const Vector* iCorners, int iCount, const QColor& iColour, GLfloat iAlpha, bool iFilled,
+                        std::vector<Vertex>& ioFills, std::vector<Vertex>& ioOutlines)
+    {
+        for (int i = 0; i < iCount; ++i) {
+            if (iFilled) {
+                add(ioFills, iCorners[i], iColour, iAlpha);
+            } else {
+                add(ioOutlines, iCorners[i], iColour, iAlpha);
+                add(ioOutlines, iCorners[(i + 1) % iCount], iColour, iAlpha);
+            }
+        }
+    }
+
+    static void draw(GLenum iMode, std::vector<Vertex>& ioVertices)
+    {
+        if (ioVertices.empty())
+            return;
+        glLineWidth(cLineWidth);
+        glBegin(iMode);
+        for (const Vertex& v : ioVertices) {
+            glColor4f(v.r, v.g, v.b, v.a);
+            glVertex2f(v.x, v.y);
+        }
+        glEnd();
+        ioVertices.clear();
+    }
+
+    std::vector<Vertex> mKeyFills, mKeyOutlines, mTangentLines, mHandleFills, mHandleOutlines;
+};
+
+/// Consecutive segments of one colour drawn as one line strip.
+class StripRun
+{
+public:
+    void add(const Segment& iSegment, const Viewport& iViewport, const QColor& iColour)
+    {
+        if (iColour != mColour)
+            flush();
+        mColour = iColour;
+        SampleSegment(iSegment, iViewport, mSamples);
+        mPoints.insert(mPoints.end(), mSamples.begin(), mSamples.end());
+    }
+    /// Ends the run, as a segment left out of it must.
+    void flush()
+    {
+        if (mPoints.size() >= 2) {
+            SetColour(mColour);
+            glLineWidth(cLineWidth);
+            glBegin(GL_LINE_STRIP);
+            for (const Vector& p : mPoints)
+                glVertex2f(GLfloat(p.x), GLfloat(p.y));
+            glEnd();
+        }
+        mPoints.clear();
+    }
+    ~StripRun() { flush(); }
+
+private:
+    QColor mColour;
+    std::vector<Vector> mPoints;
+    std::vector<Vector> mSamples;
+};
+
 /// Samples reused from segment to segment, so that a paint does not allocate per segment.
 std::vector<Vector>& SampleBuffer()
 {
@@ -149,21 +268,60 @@ bool IsLockedKey(const Keyframe& iKey, const Splinor& iCurve)
     return IsLocked(iCurve) || IsLocked(iKey);
 }
 
+/// The line and handle of a tangent into a batch; see DrawTangent.
+void AddTangent(GlyphBatch& ioBatch, Tangent& iTangent, const GraphViewColors& iColours, const HitRecord& iHover,
+                bool iLocked, Selection& iSelection, const Viewport& iViewport)
+{
+    const Keyframe* key = iTangent.getOwningKeyframe();
+    const Splinor* curve = iTangent.getOwningCurve();
+    if (!key || !curve)
+        return;
+    const bool selected = iSelection.isSelected(iTangent);
+    const QColor colour = Names(iHover, &iTangent, HitRecord::cTangentHandle)
+                              ? iColours.getColor(GraphViewColors::cHoverColor)
+                              : ItemColour(selected, iLocked, true, *curve, iColours);
+
+    Vector v = iTangent.get();
+    if (SplinorLib::v19::NearZero(Length(v)))
+        v = {iTangent.isInTangent() ? -cZeroTangentOffset : cZeroTangentOffset, 0.0};
+    Vector tipWorld = key->get() + v;
+    const Vector k = iViewport.worldToWindow(key->get());
+    Vector e = iViewport.worldToWindow(tipWorld);
+    const Vector d = (e - k) / Length(e - k);
+    // An unweighted Fixed tangent has a line of constant length on screen.
+    if (iTangent.getType() == SplinorLib::v19::cTangentFixed && !iTangent.isWeighted()) {
+        e = k + d * cFixedTangentLength;
+        tipWorld = iViewport.windowToWorld(e);
+    }
+    ioBatch.tangentLine(key->get(), tipWorld, colour);
+    const Vector across(d.y, -d.x);
+    const Vector corners[3] = {iViewport.windowToWorld(e + across * cHandleHalfBase),
+                               iViewport.windowToWorld(e - across * cHandleHalfBase),
+                               iViewport.windowToWorld(e + d * cHandleHeight)};
+    ioBatch.handle(corners, colour, selected);
+}
+
 void DrawCurvePass(const Splinor& iCurve, bool iSelected, Selection& iSelection, const Viewport& iViewport,
                    const GraphViewColors& iColours, const HitRecord& iHover)
 {
-    ForSegmentsInView(iCurve, iViewport, [&](const Segment& segment) {
-        if (!Names(iHover, &segment, HitRecord::cSegment) && iSelection.isSelected(segment) == iSelected)
-            DrawSegment(segment, iViewport, SegmentColour(segment, true, iSelected, iCurve, iColours));
-    });
+    {
+        StripRun run;
+        ForSegmentsInView(iCurve, iViewport, [&](const Segment& segment) {
+            if (!Names(iHover, &segment, HitRecord::cSegment) && iSelection.isSelected(segment) == iSelected)
+                run.add(segment, iViewport, SegmentColour(segment, true, iSelected, iCurve, iColours));
+            else
+                run.flush();
+        });
+    }
 
+    GlyphBatch batch;
     const Vector pixel = iViewport.pixelSize();
     ForSegmentsInView(iCurve, iViewport, [&](const Segment& segment) {
         const Keyframe* key = segment.getLeftKey();
         if (!key || Names(iHover, key, HitRecord::cKeyframe) || iSelection.isSelected(*key) != iSelected)
             return;
-        DrawKeyframeGlyph(key->get(), ItemColour(iSelected, IsLockedKey(*key, iCurve), false, iCurve, iColours), pixel,
-                          iSelected, key->isBreakdown());
+        batch.keyframe(key->get(), ItemColour(iSelected, IsLockedKey(*key, iCurve), false, iCurve, iColours), pixel,
+                       iSelected, key->isBreakdown());
     });
 
     // Tangents may stick out of their segment, so the walk reaches a little beyond the view:
@@ -185,9 +343,10 @@ void DrawCurvePass(const Splinor& iCurve, bool iSelected, Selection& iSelection,
             if (!tangent || !key || Names(iHover, tangent, HitRecord::cTangentHandle))
                 continue;
             if (iSelection.isSelected(*tangent) == iSelected && IsTangentVisible(*tangent, iSelection))
-                DrawTangent(*tangent, iColours, iHover, IsLockedKey(*key, iCurve), iSelection, iViewport);
+                AddTangent(batch, *tangent, iColours, iHover, IsLockedKey(*key, iCurve), iSelection, iViewport);
         }
     }
+    batch.flush();
 }
 
 } // namespace
@@ -214,8 +373,9 @@ void DrawUnselectedCurve(const Splinor& iCurve, const Viewport& iViewport, const
 {
     if (Names(iHover, &iCurve, HitRecord::cCurve))
         return;
+    StripRun run;
     ForSegmentsInView(iCurve, iViewport, [&](const Segment& segment) {
-        DrawSegment(segment, iViewport, SegmentColour(segment, false, false, iCurve, iColours));
+        run.add(segment, iViewport, SegmentColour(segment, false, false, iCurve, iColours));
     });
 }
 
@@ -276,63 +436,17 @@ void DrawAcceleration(const Splinor& iCurve, const Viewport& iViewport, const Gr
 void DrawKeyframeGlyph(const Vector& iPosition, const QColor& iColour, const Vector& iPixelSize, bool iFilled,
                        bool iBreakdown)
 {
-    SetColour(iColour);
-    glLineWidth(cLineWidth);
-    double hx = iPixelSize.x * cKeyHalfWidth;
-    double hy = iPixelSize.y * cKeyHalfWidth;
-    if (iBreakdown) {
-        hx *= cDiamondFactor;
-        hy *= cDiamondFactor;
-    }
-    const double x = iPosition.x;
-    const double y = iPosition.y;
-    glBegin(iFilled ? GL_POLYGON : GL_LINE_LOOP);
-    if (iBreakdown) {
-        glVertex2f(GLfloat(x - hx), GLfloat(y));
-        glVertex2f(GLfloat(x), GLfloat(y - hy));
-        glVertex2f(GLfloat(x + hx), GLfloat(y));
-        glVertex2f(GLfloat(x), GLfloat(y + hy));
-    } else {
-        glVertex2f(GLfloat(x - hx), GLfloat(y - hy));
-        glVertex2f(GLfloat(x - hx), GLfloat(y + hy));
-        glVertex2f(GLfloat(x + hx), GLfloat(y + hy));
-        glVertex2f(GLfloat(x + hx), GLfloat(y - hy));
-    }
-    glEnd();
+    GlyphBatch batch;
+    batch.keyframe(iPosition, iColour, iPixelSize, iFilled, iBreakdown);
+    batch.flush();
 }
 
 void DrawTangent(Tangent& iTangent, const GraphViewColors& iColours, const HitRecord& iHover, bool iLocked,
                  Selection& iSelection, const Viewport& iViewport)
 {
-    const Keyframe* key = iTangent.getOwningKeyframe();
-    const Splinor* curve = iTangent.getOwningCurve();
-    if (!key || !curve)
-        return;
-    const bool selected = iSelection.isSelected(iTangent);
-    const QColor colour = Names(iHover, &iTangent, HitRecord::cTangentHandle)
-                              ? iColours.getColor(GraphViewColors::cHoverColor)
-                              : ItemColour(selected, iLocked, true, *curve, iColours);
-
-    Vector v = iTangent.get();
-    if (SplinorLib::v19::NearZero(Length(v)))
-        v = {iTangent.isInTangent() ? -cZeroTangentOffset : cZeroTangentOffset, 0.0};
-    Vector tipWorld = key->get() + v;
-    const Vector k = iViewport.worldToWindow(key->get());
-    Vector e = iViewport.worldToWindow(tipWorld);
-    const Vector d = (e - k) / Length(e - k);
-    // An unweighted Fixed tangent has a line of constant length on screen.
-    if (iTangent.getType() == SplinorLib::v19::cTangentFixed && !iTangent.isWeighted()) {
-        e = k + d * cFixedTangentLength;
-        tipWorld = iViewport.windowToWorld(e);
-    }
-
-    glColor4f(GLfloat(colour.redF()), GLfloat(colour.greenF()), GLfloat(colour.blueF()), cTangentLineAlpha);
-    glLineWidth(cLineWidth);
-    glBegin(GL_LINES);
-    glVertex2f(GLfloat(key->getX()), GLfloat(key->getY()));
-    glVertex2f(GLfloat(tipWorld.x), GLfloat(tipWorld.y));
-    glEnd();
-    DrawTangentGlyph(e, d, colour, selected, iViewport);
+    GlyphBatch batch;
+    AddTangent(batch, iTangent, iColours, iHover, iLocked, iSelection, iViewport);
+    batch.flush();
 }
 
 void DrawTangentGlyph(const Vector& iBase, const Vector& iDirection, const QColor& iColour, bool iFilled,
@@ -342,11 +456,9 @@ void DrawTangentGlyph(const Vector& iBase, const Vector& iDirection, const QColo
     const Vector corners[3] = {iViewport.windowToWorld(iBase + across * cHandleHalfBase),
                                iViewport.windowToWorld(iBase - across * cHandleHalfBase),
                                iViewport.windowToWorld(iBase + iDirection * cHandleHeight)};
-    SetColour(iColour);
-    glBegin(iFilled ? GL_POLYGON : GL_LINE_LOOP);
-    for (const Vector& corner : corners)
-        glVertex2f(GLfloat(corner.x), GLfloat(corner.y));
-    glEnd();
+    GlyphBatch batch;
+    batch.handle(corners, iColour, iFilled);
+    batch.flush();
 }
 
 } // namespace v22
