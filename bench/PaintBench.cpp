@@ -98,12 +98,14 @@ BENCHMARK(PaintFramed1000Selected)->Unit(benchmark::kMillisecond);
 BENCHMARK(PaintWindowOf100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(PaintWindowOf100000Selected)->Unit(benchmark::kMillisecond);
 
-// A pick on each mouse move over a large scene: only the segment under the pointer is looked at.
-void PickOnMove(benchmark::State& state)
+// A pick on each mouse move over a large scene: only the segment under the pointer is looked at,
+// and on selected curves the handles near it.
+void Pick(benchmark::State& state, bool iSelectAll)
 {
     Scene& scene = SceneOf(100000);
     scene.frame(1000.0);
-    scene.selectAll();
+    if (iSelectAll)
+        scene.selectAll();
     std::mt19937 random(5);
     std::vector<Vector2D<double>> points(4096);
     for (auto& p : points)
@@ -116,7 +118,10 @@ void PickOnMove(benchmark::State& state)
     }
     scene.widget->getSelection()->clear();
 }
+void PickOnMove(benchmark::State& state) { Pick(state, false); }
+void PickOnMoveAllSelected(benchmark::State& state) { Pick(state, true); }
 BENCHMARK(PickOnMove)->Unit(benchmark::kMicrosecond);
+BENCHMARK(PickOnMoveAllSelected)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

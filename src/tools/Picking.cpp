@@ -285,15 +285,11 @@ bool PickPoint(const SplinorContainer& iContainer, Selection& iSelection, const 
     if (!Contains(iViewport.getWindowBounds(), iPoint))
         return false;
 
-    // Unselected curves wait until every selected one has been searched.
-    const std::shared_ptr<SplinorContainer> unselected = SplinorContainer::create();
+    // Unselected curves wait until every selected one has been searched: a second pass in the
+    // container's order, so that a mouse move allocates nothing.
     for (const std::shared_ptr<Splinor>& curve : iContainer) {
-        if (!IsVisible(*curve))
+        if (!IsVisible(*curve) || !iSelection.isSelected(*curve))
             continue;
-        if (!iSelection.isSelected(*curve)) {
-            unselected->addCurve(curve);
-            continue;
-        }
         HitRecord tangentHit;
         PickTangentsAtPoint(*curve, iSelection, iViewport, iPoint, tangentHit);
         if (tangentHit.getType() == HitRecord::cTangentHandle) {
@@ -307,7 +303,7 @@ bool PickPoint(const SplinorContainer& iContainer, Selection& iSelection, const 
             return true;
     }
 
-    for (const std::shared_ptr<Splinor>& curve : *unselected) {
+    for (const std::shared_ptr<Splinor>& curve : iContainer) {
         if (IsVisible(*curve) && !iSelection.isSelected(*curve) && IsCurveAtPoint(*curve, iViewport, iPoint)) {
             ioHit.reset(curve->getShared());
             return true;
