@@ -64,6 +64,14 @@ TEST(GridLayer, thins_its_labels_to_what_fits_and_drops_needless_decimals)
     const Label& ten = recorder.labels.front();
     EXPECT_NEAR(ten.x, 80 - QFontMetrics(shown.widget->getFont()).horizontalAdvance("10") / 2, 1) << "centred under its line";
     EXPECT_EQ(ten.y, 598);
+
+    // And the text is there on screen, in the grid colour lightened, above its baseline.
+    const QImage image = shown.widget->grabFramebuffer();
+    int lit = 0;
+    for (int y = ten.y - 10; y < ten.y; ++y)
+        for (int x = ten.x; x < ten.x + 12; ++x)
+            lit += image.pixelColor(x, y).lightness() > 100;
+    EXPECT_GT(lit, 5);
 }
 
 TEST(GridLayer, shows_decimals_for_fine_spacings_and_a_sign_for_negative_values)

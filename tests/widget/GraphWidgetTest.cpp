@@ -213,3 +213,22 @@ TEST(GraphWidget, a_command_from_a_tool_reaches_the_stack_through_the_tree)
     EXPECT_EQ(log, (std::vector<std::string>{"redo Drag"}));
     EXPECT_EQ(widget.getUndoStack()->getStack().text(0), QString("Drag"));
 }
+
+TEST(GraphWidget, snap_settings_are_the_processs_and_each_new_widget_resets_them)
+{
+    GraphWidget first;
+    int changes = 0;
+    QObject::connect(&first, &GraphWidget::snapSettingsChanged, [&] { ++changes; });
+    SnapSettings settings = first.getSnapSettings();
+    EXPECT_TRUE(settings.isSnappingX());
+    EXPECT_FALSE(settings.isSnappingY());
+
+    first.setSnapSettings(settings);
+    settings.setSnappingY(true);
+    first.setSnapSettings(settings);
+    EXPECT_EQ(changes, 1) << "only a real change is told";
+
+    GraphWidget second;
+    EXPECT_FALSE(first.getSnapSettings().isSnappingY()) << "the second widget put them back";
+    EXPECT_EQ(changes, 1) << "and the first widget was not told";
+}
