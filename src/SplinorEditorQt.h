@@ -21,6 +21,8 @@
 #include "tools/DragConstraints.h"
 #include "tools/DragDelay.h"
 #include "tools/Picking.h"
+#include "tools/RubberbandLayer.h"
+#include "tools/SelectionOperations.h"
 #include "view/PanZoomLayer.h"
 #include "view/SnapSettings.h"
 #include "view/Viewport.h"

@@ -4,6 +4,9 @@
 #include "render/GLSentries.h"
 #include "render/GraphViewColors.h"
 #include "tools/Picking.h"
+#include "tools/RubberbandLayer.h"
+#include "tools/SelectionOperations.h"
+#include "layers/LayerManager.h"
 #include "view/Viewport.h"
 
 #include "splinorlib/CurveFlags.h"
@@ -163,11 +166,7 @@ bool CurveLayer::handleEvent(QEvent* iEvent, Viewport& iViewport)
 {
     switch (iEvent->type()) {
     case QEvent::MouseButtonPress:
-        // What a press selects, drags or starts stands with the selection tools; the item under
-        // it must not stay lit during whatever follows.
-        if (mInteractionEnabled)
-            clearHover();
-        return false;
+        return mInteractionEnabled && handlePress(*static_cast<QMouseEvent*>(iEvent), iViewport);
     case QEvent::MouseButtonRelease:
     case QEvent::MouseMove:
         if (mInteractionEnabled) {
@@ -182,6 +181,59 @@ bool CurveLayer::handleEvent(QEvent* iEvent, Viewport& iViewport)
     default:
         return false;
     }
+}
+
+bool CurveLayer::handlePress(QMouseEvent& iEvent, Viewport& iViewport)
+{
+    // The item under the press must not stay lit during whatever follows.
+    clearHover();
+    const Qt::KeyboardModifiers modifiers = iEvent.modifiers();
+    if (iEvent.button() == Qt::LeftButton && (modifiers & Qt::ControlModifier) && (modifiers & Qt::AltModifier)) {
+        // Control and Alt insert a keyframe here; the insertion tool plugs in at this point.
+        return true;
+    }
+    if (iEvent.button() != Qt::LeftButton)
+        return false;
+
+    const Vector point(double(iEvent.x()), double(iEvent.y()));
+    HitRecord hit;
+    if (!PickPoint(*mContainer, *mSelection, iViewport, point, hit)) {
+        auto band = std::make_shared<RubberbandLayer>(mContainer, mSelection, mColors);
+        band->setShared(band);
+        return startTool(band, &iEvent, iViewport);
+    }
+
+    // Shift adds, and decides before Control; Control takes a selected item away (and starts no
+    // drag); a plain press on a selected item keeps the selection, so that it all drags.
+    const bool selected = mSelection->isSelected(hit);
+    if (modifiers & Qt::ShiftModifier) {
+        SelectHit(*mSelection, hit, false);
+    } else if (modifiers & Qt::ControlModifier) {
+        if (selected) {
+            DeselectHit(*mSelection, hit, false);
+            return true;
+        }
+    } else if (!selected) {
+        const std::shared_ptr<Splinor> curve = hit.getCurve();
+        if (curve && mSelection->isSelected(*curve))
+            DeselectSelectedParts(*mSelection);
+        else
+            mSelection->clear();
+        SelectHit(*mSelection, hit, false);
+    }
+
+    // The drags of keyframes and tangent handles start here, once they exist; curves, segments
+    // and tangent lines start none.
+    return true;
+}
+
+bool CurveLayer::startTool(std::shared_ptr<Layer> iTool, QEvent* iPress, Viewport& iViewport)
+{
+    const std::shared_ptr<LayerManager> manager = getManager();
+    if (!manager || !iTool->handleEvent(iPress, iViewport))
+        return false;
+    manager->pushLayer(std::move(iTool));
+    return true;
 }
 
 bool CurveLayer::handleDoubleClick(const Vector& iPoint, const Viewport& iViewport)

@@ -10,6 +10,8 @@
 
 #include <QStringList>
 
+class QMouseEvent;
+
 #include <memory>
 
 namespace Ovantis {
@@ -65,6 +67,9 @@ private:
     /// Empties the hover record, asking for a repaint if that changed it.
     void clearHover();
     bool handleDoubleClick(const SplinorLib::v19::Vector2D<double>& iPoint, const Viewport& iViewport);
+    bool handlePress(QMouseEvent& iEvent, Viewport& iViewport);
+    /// Hands a press to a new tool and stands it in front of this layer if it takes the press.
+    bool startTool(std::shared_ptr<Layer> iTool, QEvent* iPress, Viewport& iViewport);
 
     std::shared_ptr<SplinorLib::v19::SplinorContainer> mContainer;
     std::shared_ptr<const GraphViewColors> mColors;
