@@ -134,6 +134,18 @@ private:
     std::vector<Vertex> mKeyFills, mKeyOutlines, mTangentLines, mHandleFills, mHandleOutlines;
 };
 
+void DrawStrip(const std::vector<Vector>& iPoints, const QColor& iColour);
+
+/// The three corners, in curve space, of a handle standing on iBase (window pixels) and pointing
+/// along iDirection.
+void HandleCorners(const Vector& iBase, const Vector& iDirection, const Viewport& iViewport, Vector oCorners[3])
+{
+    const Vector across(iDirection.y, -iDirection.x);
+    oCorners[0] = iViewport.windowToWorld(iBase + across * cHandleHalfBase);
+    oCorners[1] = iViewport.windowToWorld(iBase - across * cHandleHalfBase);
+    oCorners[2] = iViewport.windowToWorld(iBase + iDirection * cHandleHeight);
+}
+
 /// Consecutive segments of one colour drawn as one line strip.
 class StripRun
 {
@@ -149,14 +161,8 @@ public:
     /// Ends the run, as a segment left out of it must.
     void flush()
     {
-        if (mPoints.size() >= 2) {
-            SetColour(mColour);
-            glLineWidth(cLineWidth);
-            glBegin(GL_LINE_STRIP);
-            for (const Vector& p : mPoints)
-                glVertex2f(GLfloat(p.x), GLfloat(p.y));
-            glEnd();
-        }
+        if (mPoints.size() >= 2)
+            DrawStrip(mPoints, mColour);
         mPoints.clear();
     }
     ~StripRun() { flush(); }
@@ -294,10 +300,8 @@ void AddTangent(GlyphBatch& ioBatch, Tangent& iTangent, const GraphViewColors& i
         tipWorld = iViewport.windowToWorld(e);
     }
     ioBatch.tangentLine(key->get(), tipWorld, colour);
-    const Vector across(d.y, -d.x);
-    const Vector corners[3] = {iViewport.windowToWorld(e + across * cHandleHalfBase),
-                               iViewport.windowToWorld(e - across * cHandleHalfBase),
-                               iViewport.windowToWorld(e + d * cHandleHeight)};
+    Vector corners[3];
+    HandleCorners(e, d, iViewport, corners);
     ioBatch.handle(corners, colour, selected);
 }
 
@@ -452,10 +456,8 @@ void DrawTangent(Tangent& iTangent, const GraphViewColors& iColours, const HitRe
 void DrawTangentGlyph(const Vector& iBase, const Vector& iDirection, const QColor& iColour, bool iFilled,
                       const Viewport& iViewport)
 {
-    const Vector across(iDirection.y, -iDirection.x);
-    const Vector corners[3] = {iViewport.windowToWorld(iBase + across * cHandleHalfBase),
-                               iViewport.windowToWorld(iBase - across * cHandleHalfBase),
-                               iViewport.windowToWorld(iBase + iDirection * cHandleHeight)};
+    Vector corners[3];
+    HandleCorners(iBase, iDirection, iViewport, corners);
     GlyphBatch batch;
     batch.handle(corners, iColour, iFilled);
     batch.flush();
