@@ -159,23 +159,17 @@ TEST_F(GLSentries, restore_the_attributes_and_the_matrix_they_pushed)
     expectStateAsSetUp();
 }
 
-TEST_F(GLSentries, an_error_pending_before_the_push_is_not_thrown)
-{
-    glEnable(0xFFFF);
-    ASSERT_EQ(glGetError(), static_cast<GLenum>(GL_INVALID_ENUM)) << "the driver must flag the bad enable";
-
-    glEnable(0xFFFF);
-    EXPECT_NO_THROW({ SE::GLAttributeSentry sentry(GL_CURRENT_BIT); });
-    glEnable(0xFFFF);
-    EXPECT_NO_THROW({ SE::GLMatrixSentry sentry; });
-}
-
-TEST_F(GLSentries, push_past_the_attribute_stack_throws_overflow_and_pops_nothing_for_itself)
+TEST_F(GLSentries, push_past_the_attribute_stack_throws_overflow_but_an_error_pending_before_the_push_does_not)
 {
     const GLint maxDepth = GetInteger(GL_MAX_ATTRIB_STACK_DEPTH);
     std::list<SE::GLAttributeSentry> sentries;
     unsigned int error = GL_NO_ERROR;
+    glEnable(0xFFFF);
+    ASSERT_EQ(glGetError(), static_cast<GLenum>(GL_INVALID_ENUM)) << "the driver must flag the bad enable";
 
+    glEnable(0xFFFF);
+    EXPECT_NO_THROW({ SE::GLMatrixSentry sentry; });
+    glEnable(0xFFFF);
     try {
         while (static_cast<GLint>(sentries.size()) <= maxDepth)
             sentries.emplace_back(GL_CURRENT_BIT);
@@ -186,7 +180,7 @@ TEST_F(GLSentries, push_past_the_attribute_stack_throws_overflow_and_pops_nothin
     sentries.clear();
 
     EXPECT_EQ(error, static_cast<unsigned int>(GL_STACK_OVERFLOW));
-    EXPECT_EQ(built, maxDepth);
+    EXPECT_EQ(built, maxDepth) << "the first sentry must not throw the pending error, the last must pop nothing";
     // One pop too many would leave GL_STACK_UNDERFLOW behind.
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }

@@ -27,36 +27,28 @@ struct Node : SL::SharedFromThis<Node>
     int id = 0;
 };
 
-TEST(SharedFromThis, getShared_is_empty_before_setShared_and_after_the_owner_is_gone)
+TEST(SharedFromThis, getShared_follows_the_owner_and_copies_do_not_carry_it)
 {
     Node node;
+    node.id = 1;
     const Node& constView = node;
     EXPECT_EQ(node.getShared(), nullptr);
-
     // A non-owning deleter lets the object outlive its owner, so the expiry can be observed.
     auto owner = std::shared_ptr<Node>(&node, [](Node*) {});
     node.setShared(owner);
-    EXPECT_EQ(constView.getShared(), owner);
-
-    owner.reset();
-    EXPECT_EQ(node.getShared(), nullptr);
-}
-
-TEST(SharedFromThis, copy_and_assignment_do_not_carry_the_owner)
-{
-    auto source = std::make_shared<Node>();
-    source->id = 1;
-    source->setShared(source);
     auto target = std::make_shared<Node>();
     target->setShared(target);
 
-    auto copy = std::make_shared<Node>(*source);
-    *target = *source;
+    auto copy = std::make_shared<Node>(node);
+    *target = node;
 
+    EXPECT_EQ(constView.getShared(), owner);
     EXPECT_EQ(copy->id, 1);
     EXPECT_EQ(copy->getShared(), nullptr);
     EXPECT_EQ(target->id, 1);
     EXPECT_EQ(target->getShared(), target);
+    owner.reset();
+    EXPECT_EQ(node.getShared(), nullptr);
 }
 
 // --- DelayedErase -----------------------------------------------------------------------------
@@ -335,20 +327,6 @@ TEST_F(ObserverSet, a_throwing_observer_still_lets_the_pass_flush)
     EXPECT_FALSE(subject.observers().isErasePending());
 }
 
-TEST_F(ObserverSet, a_dying_subject_tells_its_observers)
-{
-    auto doomed = std::make_unique<ChangeSubject>();
-    const SL::Private::TrackerBase* doomedTracker = &doomed->observers();
-    doomed->subscribe(obs[0]);
-    subject.subscribe(obs[0]);
-    ASSERT_TRUE(obs[0].isTracking(doomedTracker));
-
-    doomed.reset();
-
-    EXPECT_FALSE(obs[0].isTracking(doomedTracker));
-    EXPECT_TRUE(obs[0].isTracking(tracker()));
-}
-
 TEST_F(ObserverSet, a_dying_observer_leaves_its_subject_even_during_notify)
 {
     std::array<std::optional<Recorder>, 4> slots; // in place, so that addresses still ascend
@@ -368,25 +346,32 @@ TEST_F(ObserverSet, a_dying_observer_leaves_its_subject_even_during_notify)
     EXPECT_EQ(stored(), 2u);
 }
 
-TEST_F(ObserverSet, an_observer_of_several_subjects_leaves_them_all_when_it_dies)
+TEST_F(ObserverSet, a_dying_subject_tells_its_observers_and_a_dying_observer_leaves_all_its_subjects)
 {
     // Two observer bases give two TrackedObserver parts; the Recorder part tracks two subjects.
     struct Both : Recorder, PokeObserver
     {
     };
+    auto doomed = std::make_unique<ChangeSubject>();
+    const SL::Private::TrackerBase* doomedTracker = &doomed->observers();
     ChangeSubject second;
     PokeSubject pokes;
     std::optional<Both> both;
     both.emplace();
     both->log = &log;
-    subject.subscribe(*both);
-    second.subscribe(*both);
+    Recorder& recorder = *both;
+    for (ChangeSubject* changes : {&subject, &second, doomed.get()})
+        changes->subscribe(*both);
     pokes.subscribe(*both);
     pokes.poke();
     ASSERT_EQ(both->pokes, 1);
+    ASSERT_TRUE(recorder.isTracking(doomedTracker));
+
+    doomed.reset();
+    EXPECT_FALSE(recorder.isTracking(doomedTracker));
+    EXPECT_TRUE(recorder.isTracking(tracker()));
 
     both.reset();
-
     EXPECT_EQ(stored(), 0u);
     EXPECT_TRUE(second.observers().getContainer().empty());
     EXPECT_TRUE(pokes.observers().getContainer().empty());

@@ -95,29 +95,22 @@ INSTANTIATE_TEST_SUITE_P(DragDelay, DragDelayDeadZone,
         DeadZoneCase { "far_left_keeps_y", { -10, 2 }, true, { -3, 2 } }),
     RowName());
 
-TEST(DragDelay, hook_runs_once_and_dragging_never_falls_back)
+TEST(DragDelay, hook_runs_once_and_dragging_never_falls_back_but_zero_threshold_skips_it)
 {
     const V press(50.0, 40.0);
-    CountingDelay delay(press, cDeadZone);
+    CountingDelay delay(press, cDeadZone), immediate(V(5, 5), 0.0);
 
     for (const V& move : { V(1, 1), V(5, -1), V(0, 0), V(-20, 20) })
         delay.nextPoint(press + move);
+    immediate.nextPoint(V(50, 50));
 
     EXPECT_TRUE(delay.isDragging());
     EXPECT_EQ(delay.calls, 1);
     EXPECT_EQ(delay.getThresholdDelta(), V(3, -1));
     EXPECT_EQ(delay.getOriginalPoint(), press);
-}
-
-TEST(DragDelay, zero_threshold_drags_from_the_start_without_the_hook)
-{
-    CountingDelay delay(V(5, 5), 0.0);
-
-    delay.nextPoint(V(50, 50));
-
-    EXPECT_TRUE(delay.isDragging());
-    EXPECT_EQ(delay.calls, 0);
-    EXPECT_EQ(delay.getThresholdDelta(), V(0, 0));
+    EXPECT_TRUE(immediate.isDragging());
+    EXPECT_EQ(immediate.calls, 0);
+    EXPECT_EQ(immediate.getThresholdDelta(), V(0, 0));
 }
 
 TEST(DelayDragConstraint, result_moves_on_from_the_press_point_without_a_jump)
@@ -177,7 +170,8 @@ struct ModeCase
     const char* name;
     V direction;
     V firstMove;
-    V expected; // relative to the key plus the press offset, for a pointer there at (10, 20)
+    V pointer; // relative to the key plus the press offset, after the dead zone
+    V expected; // relative to the key plus the press offset
 };
 
 using AngleDragConstraintMode = ::testing::TestWithParam<ModeCase>;
@@ -190,33 +184,22 @@ TEST_P(AngleDragConstraintMode, along_keeps_the_angle_and_across_keeps_the_lengt
     AngleDragConstraint constraint(curve.out, press, cKey, c.direction);
 
     ConstrainedAt(constraint, press + c.firstMove);
-    const V result = ConstrainedAt(constraint, cKey + cPressOffset + V(10, 20) + DeadZoneDelta(c.firstMove));
+    const V result = ConstrainedAt(constraint, cKey + cPressOffset + c.pointer + DeadZoneDelta(c.firstMove));
 
     EXPECT_NEAR(result.x, (cKey + cPressOffset + c.expected).x, cTrig);
     EXPECT_NEAR(result.y, (cKey + cPressOffset + c.expected).y, cTrig);
 }
 
-// (10, 20) at length 30 is 6 sqrt(5) * (1, 2).
+// (10, 20) at length 30 is 6 sqrt(5) * (1, 2). Keeping the angle stops at the key instead of passing it.
+const V cAcross(6 * std::sqrt(5.0), 12 * std::sqrt(5.0));
 INSTANTIATE_TEST_SUITE_P(AngleDragConstraint, AngleDragConstraintMode,
-    ::testing::Values(ModeCase { "along_a_level_handle", { 30, 0 }, { 5, 0 }, { 10, 0 } },
-        ModeCase { "across_a_level_handle", { 30, 0 }, { 0, 5 }, { 6 * std::sqrt(5.0), 12 * std::sqrt(5.0) } },
-        ModeCase { "diagonal_tie_keeps_the_angle", { 30, 0 }, { 4, 4 }, { 10, 0 } },
-        ModeCase { "along_a_slanted_handle", { 18, 24 }, { 3, 4 }, { 13.2, 17.6 } },
-        ModeCase { "across_a_slanted_handle", { 18, 24 }, { -4, 3 }, { 6 * std::sqrt(5.0), 12 * std::sqrt(5.0) } }),
+    ::testing::Values(ModeCase { "along_a_level_handle", { 30, 0 }, { 5, 0 }, { 10, 20 }, { 10, 0 } },
+        ModeCase { "across_a_level_handle", { 30, 0 }, { 0, 5 }, { 10, 20 }, cAcross },
+        ModeCase { "diagonal_tie_keeps_the_angle", { 30, 0 }, { 4, 4 }, { 10, 20 }, { 10, 0 } },
+        ModeCase { "along_a_slanted_handle", { 18, 24 }, { 3, 4 }, { 10, 20 }, { 13.2, 17.6 } },
+        ModeCase { "across_a_slanted_handle", { 18, 24 }, { -4, 3 }, { 10, 20 }, cAcross },
+        ModeCase { "along_stops_at_the_key_instead_of_passing_it", { 30, 0 }, { -5, 0 }, { -47, 7 }, { 0, 0 } }),
     RowName());
-
-TEST(AngleDragConstraint, keeping_the_angle_stops_at_the_key_instead_of_passing_it)
-{
-    TwoKeyCurve curve;
-    const V direction(30, 0);
-    const V press = cKey + direction + cPressOffset;
-    AngleDragConstraint constraint(curve.out, press, cKey, direction);
-    ConstrainedAt(constraint, press + V(-5, 0));
-
-    const V result = ConstrainedAt(constraint, press + V(-80, 7));
-
-    EXPECT_EQ(result, cKey + cPressOffset);
-}
 
 struct LimitCase
 {

@@ -103,31 +103,24 @@ TEST(SnapSettings, fixed_increment_ignores_pixel_size_and_snapping_flag)
     EXPECT_EQ(on.getIncrementY(0.02), 2.0);
 }
 
-TEST(SnapSettings, str_describes_both_axes_with_six_significant_digits)
+TEST(SnapSettings, str_and_stream_operators_describe_both_axes_with_six_significant_digits)
 {
     SnapSettings xQuarter, yLarge;
     xQuarter.setSnappingX(true);
     xQuarter.setIncrementX(0.25);
     yLarge.setSnappingY(true);
     yLarge.setIncrementY(1234567.0);
+    const std::string text = yLarge.str();
+    std::ostringstream byObject, byPointer;
+
+    byObject << std::setfill('*') << std::setw(70) << yLarge;
+    byPointer << std::setfill('-') << std::left << std::setw(70) << &yLarge;
 
     EXPECT_EQ(SnapSettings().str(), "SnapSettings: x off, x inc=auto, y off, y inc=auto");
     EXPECT_EQ(xQuarter.str(), "SnapSettings: x on, x inc=0.25, y off, y inc=auto");
-    EXPECT_EQ(yLarge.str(), "SnapSettings: x off, x inc=auto, y on, y inc=1.23457e+06");
-}
-
-TEST(SnapSettings, stream_operators_print_the_text_with_width_and_fill)
-{
-    SnapSettings settings;
-    settings.setSnappingY(true);
-    const std::string text = settings.str();
-    std::ostringstream byObject, byPointer;
-
-    byObject << std::setfill('*') << std::setw(60) << settings;
-    byPointer << std::setfill('-') << std::left << std::setw(60) << &settings;
-
-    EXPECT_EQ(byObject.str(), std::string(60 - text.size(), '*') + text);
-    EXPECT_EQ(byPointer.str(), text + std::string(60 - text.size(), '-'));
+    EXPECT_EQ(text, "SnapSettings: x off, x inc=auto, y on, y inc=1.23457e+06");
+    EXPECT_EQ(byObject.str(), std::string(70 - text.size(), '*') + text);
+    EXPECT_EQ(byPointer.str(), text + std::string(70 - text.size(), '-'));
 }
 
 TEST(SnapSettings, equality_and_copy_cover_all_four_fields)
@@ -146,33 +139,25 @@ TEST(SnapSettings, equality_and_copy_cover_all_four_fields)
     EXPECT_EQ(copied, c);
 }
 
-TEST(SnapSettings, snap_rounds_each_axis_with_its_own_pixel_size)
+TEST(SnapSettings, snap_rounds_each_axis_with_its_own_pixel_size_and_leaves_an_axis_that_is_off_alone)
 {
-    SnapSettings settings;
-    settings.setSnappingX(true);
-    settings.setSnappingY(true);
+    SnapSettings both, xOnly, neither;
+    both.setSnappingX(true);
+    both.setSnappingY(true);
+    neither.setIncrementX(0.25);
+    neither.setIncrementY(0.5);
+    xOnly = neither;
+    xOnly.setSnappingX(true);
     // 200 x 100 pixels on 40 x 2 curve units: auto increments 1 on x and 0.1 on y.
     Viewport viewport(Viewport::Rectangle(0, 0, 200, 100), Viewport::Rectangle(-10, -1, 40, 2));
-    SnapSettings::Vector point(3.46, 0.46);
+    SnapSettings::Vector point(3.46, 0.46), a(1.13, 7.77), b(1.13, 7.77);
 
-    SnapSettings::Snap(point, settings, viewport);
-
-    EXPECT_NEAR(point.x, 3.0, cNarrowing);
-    EXPECT_NEAR(point.y, 0.5, cNarrowing);
-}
-
-TEST(SnapSettings, snap_leaves_an_axis_that_is_off_exactly_as_it_was)
-{
-    SnapSettings xOnly;
-    xOnly.setIncrementX(0.25);
-    xOnly.setIncrementY(0.5);
-    SnapSettings neither = xOnly;
-    xOnly.setSnappingX(true);
-    SnapSettings::Vector a(1.13, 7.77), b(1.13, 7.77);
-
+    SnapSettings::Snap(point, both, viewport);
     SnapSettings::Snap(a, xOnly, { 0.02, 0.02 });
     SnapSettings::Snap(b, neither, { 0.02, 0.02 });
 
+    EXPECT_NEAR(point.x, 3.0, cNarrowing);
+    EXPECT_NEAR(point.y, 0.5, cNarrowing);
     EXPECT_NEAR(a.x, 1.25, cNarrowing);
     EXPECT_EQ(a.y, 7.77);
     EXPECT_EQ(b, SnapSettings::Vector(1.13, 7.77));
