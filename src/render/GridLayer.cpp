@@ -51,24 +51,38 @@ void SetColour(const QColor& iColour)
     glColor3f(GLfloat(iColour.redF()), GLfloat(iColour.greenF()), GLfloat(iColour.blueF()));
 }
 
-// Positions accumulate by addition from the first multiple inside the area.
+/// Calls iStep at each multiple of iSpacing from iFrom up to, not including, iTo. Positions
+/// accumulate by addition. A view of no size gives no spacing, and one zoomed so deep that the
+/// spacing drops below the precision of its position would stall: both end the walk.
+template <class Step>
+void ForMultiples(double iFrom, double iTo, double iSpacing, Step&& iStep)
+{
+    if (!(iSpacing > 0.0) || !std::isfinite(iSpacing))
+        return;
+    for (double v = std::ceil(iFrom / iSpacing) * iSpacing; iTo > v; v += iSpacing) {
+        iStep(v);
+        if (v + iSpacing == v)
+            return;
+    }
+}
+
 void VerticalLines(const Rect& iArea, double iSpacing)
 {
     glBegin(GL_LINES);
-    for (double x = std::ceil(iArea.x / iSpacing) * iSpacing; iArea.x + iArea.width > x; x += iSpacing) {
+    ForMultiples(iArea.x, iArea.x + iArea.width, iSpacing, [&](double x) {
         glVertex2f(GLfloat(x), GLfloat(iArea.y));
         glVertex2f(GLfloat(x), GLfloat(iArea.y + iArea.height));
-    }
+    });
     glEnd();
 }
 
 void HorizontalLines(const Rect& iArea, double iSpacing)
 {
     glBegin(GL_LINES);
-    for (double y = std::ceil(iArea.y / iSpacing) * iSpacing; iArea.y + iArea.height > y; y += iSpacing) {
+    ForMultiples(iArea.y, iArea.y + iArea.height, iSpacing, [&](double y) {
         glVertex2f(GLfloat(iArea.x), GLfloat(y));
         glVertex2f(GLfloat(iArea.x + iArea.width), GLfloat(y));
-    }
+    });
     glEnd();
 }
 
@@ -121,7 +135,7 @@ void GridLayer::draw(const Viewport& iViewport) const
     area.y += labelHeight;
     area.height -= labelHeight;
 
-    while (labelSpacingX <= (decimalsX + 1 + digitsX) * averageChar * pixel.x) {
+    while (labelSpacingX > 0.0 && labelSpacingX <= (decimalsX + 1 + digitsX) * averageChar * pixel.x) {
         labelSpacingX *= 10.0;
         LowerDecimals(decimalsX);
     }
@@ -167,17 +181,17 @@ void GridLayer::draw(const Viewport& iViewport) const
 
     const QColor labelColour = gridColour.lighter(150);
     const int labelY = int(window.height + window.y - 2.0);
-    for (double x = std::ceil(left / labelSpacingX) * labelSpacingX; right > x; x += labelSpacingX) {
+    ForMultiples(left, right, labelSpacingX, [&](double x) {
         QString text;
         text.setNum(x, 'f', decimalsX);
         const double labelX = (x - world.x) * (1.0 / pixel.x) - mFontMetrics.horizontalAdvance(text) * 0.5;
         emit requestDrawText(int(labelX), labelY, text, labelColour);
-    }
-    for (double y = std::ceil(area.y / labelSpacingY) * labelSpacingY; top > y; y += labelSpacingY) {
+    });
+    ForMultiples(area.y, top, labelSpacingY, [&](double y) {
         QString text;
         text.setNum(y, 'f', decimalsY);
         emit requestDrawText(2, int((top - y) * (1.0 / pixel.y) + mFontMetrics.ascent() * 0.5), text, labelColour);
-    }
+    });
 }
 
 bool GridLayer::handleEvent(QEvent* iEvent, Viewport& iViewport)

@@ -370,8 +370,10 @@ SampleSpan SampleCount(const Segment& iSegment, const Viewport& iViewport)
     // drawing sample at the same x; the widths are narrowed to single precision.
     const double count
         = (span.x1 - span.x0) * static_cast<float>(iViewport.getWindowBounds().width) / static_cast<float>(world.width);
-    // The cap only keeps the truncation defined for a world narrower than a float can hold.
-    span.count = count > 2.0 ? static_cast<int>(std::min(count, double(std::numeric_limits<int>::max()))) : 2;
+    // A world narrower than a float can hold divides by zero here; the span never needs more
+    // than a sample per pixel of the window.
+    const double most = iViewport.getWindowBounds().width + 1.0;
+    span.count = count > 2.0 ? static_cast<int>(std::min(count, std::max(most, 2.0))) : 2;
     return span;
 }
 

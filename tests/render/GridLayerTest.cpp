@@ -126,6 +126,32 @@ TEST(GridLayer, draws_an_axis_only_where_zero_is_in_view)
     EXPECT_FALSE(axisAt(away));
 }
 
+TEST(GridLayer, a_view_of_no_size_draws_no_grid_and_one_beyond_double_precision_ends)
+{
+    ShownWidget shown(300, 200);
+    Viewport& viewport = *shown.widget->getViewport();
+    auto grid = shown.widget->getRootLayer()->findLayer("Grid Layer");
+    LabelRecorder recorder(*grid);
+
+    viewport.setWorldBounds(Rect(5, 5, 0, 0));
+    EXPECT_EQ(shown.grab().pixelColor(150, 100), QColor(46, 46, 46));
+    EXPECT_TRUE(recorder.labels.empty());
+
+    // An axis turned inside out has no grid; the other axis keeps its own.
+    viewport.setWorldBounds(Rect(0, 0, -10, 2));
+    shown.grab();
+    EXPECT_TRUE(recorder.texts(true).empty());
+    EXPECT_FALSE(recorder.texts(false).empty());
+
+    // Spacings below the precision of a position a million units out: the walk of lines and
+    // labels stops instead of adding nothing for ever.
+    viewport.setWorldBounds(Rect(1e6, 0.5, 1e-12, 1e-12));
+    shown.grab();
+    recorder.labels.clear();
+    shown.widget->grabFramebuffer();
+    EXPECT_LT(recorder.labels.size(), 20u);
+}
+
 TEST(FocusLayer, frames_the_view_while_the_mouse_is_over_it_in_the_snapping_colour)
 {
     ShownWidget shown(300, 200);
