@@ -21,7 +21,8 @@ run_suite() {
 # Xvfb picks a free display number itself (-displayfd), so that runs side by side never meet.
 if [ -z "${DISPLAY:-}" ]; then
     display_file="$(mktemp)"
-    Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$display_file" 2>/dev/null &
+    # -noreset: a server that resets when its last client leaves refuses the next one meanwhile.
+    Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>"$display_file" 2>/dev/null &
     xvfb_pid=$!
     trap 'kill "$xvfb_pid" 2>/dev/null; rm -f "$display_file"' EXIT
     for _ in $(seq 100); do

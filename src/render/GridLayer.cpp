@@ -25,6 +25,8 @@ using Rect = Viewport::Rectangle;
 /// Characters in the whole part of a value, the sign included.
 int Digits(double iValue)
 {
+    if (!std::isfinite(iValue)) // bounds a host has set to infinity: no label will show
+        return 1;
     int digits = iValue < 0.0 ? 2 : 1;
     for (double v = std::fabs(iValue); v >= 10.0; v /= 10.0)
         ++digits;
@@ -135,7 +137,8 @@ void GridLayer::draw(const Viewport& iViewport) const
     area.y += labelHeight;
     area.height -= labelHeight;
 
-    while (labelSpacingX > 0.0 && labelSpacingX <= (decimalsX + 1 + digitsX) * averageChar * pixel.x) {
+    while (labelSpacingX > 0.0 && std::isfinite(labelSpacingX) &&
+           labelSpacingX <= (decimalsX + 1 + digitsX) * averageChar * pixel.x) {
         labelSpacingX *= 10.0;
         LowerDecimals(decimalsX);
     }

@@ -94,8 +94,15 @@ void SnapSettings::GetGridMetrics(double iPixelSize, double& oSpacing, double& o
     const double decade = std::log10(iPixelSize * cMinSpacingPixels);
     const double ceiling = std::ceil(decade);
     oSpacing = std::pow(10.0, ceiling);
+    // A view of no size, or of no finite size, has no decade: no spacing, fade or decimals worth
+    // the name, and an exponent that must not be forced into an int.
+    if (!std::isfinite(ceiling)) {
+        oFade = 0.0;
+        oDecimals = 0;
+        return;
+    }
     oFade = std::clamp((ceiling - decade) * cFadePerDecade, 0.0, 1.0);
-    const int exponent = static_cast<int>(ceiling);
+    const int exponent = static_cast<int>(std::clamp(ceiling, -300.0, 300.0));
     oDecimals = exponent < 0 ? 1 - exponent : 0;
 }
 

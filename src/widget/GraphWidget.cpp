@@ -131,6 +131,8 @@ void GraphWidget::needRedraw()
 
 void GraphWidget::pushUndoStack(QUndoCommand* iCmd)
 {
+    if (!iCmd) // the tools' road filters these; a host's call may not
+        return;
     emitActionBegin(iCmd->text());
     try {
         mUndoStack->getStack().push(iCmd);

@@ -2,6 +2,8 @@
 
 #include <QEvent>
 
+#include <limits>
+
 #include <gtest/gtest.h>
 
 using namespace EditorTest;
@@ -133,8 +135,11 @@ TEST(GridLayer, a_view_of_no_size_draws_no_grid_and_one_beyond_double_precision_
     auto grid = shown.widget->getRootLayer()->findLayer("Grid Layer");
     LabelRecorder recorder(*grid);
 
-    viewport.setWorldBounds(Rect(5, 5, 0, 0));
-    EXPECT_EQ(shown.grab().pixelColor(150, 100), QColor(46, 46, 46));
+    const double infinity = std::numeric_limits<double>::infinity();
+    for (const Rect& bounds : {Rect(5, 5, 0, 0), Rect(-infinity, 0, infinity, infinity)}) {
+        viewport.setWorldBounds(bounds);
+        EXPECT_EQ(shown.grab().pixelColor(150, 100), QColor(46, 46, 46));
+    }
     EXPECT_TRUE(recorder.labels.empty());
 
     // An axis turned inside out has no grid; the other axis keeps its own.

@@ -190,6 +190,7 @@ TEST(GraphWidget, commands_run_between_action_begin_and_end_and_only_the_last_st
     QObject::connect(&widget, &GraphWidget::actionBegin, [&](const QString& iText) { log.push_back("begin " + iText.toStdString()); });
     QObject::connect(&widget, &GraphWidget::actionEnd, [&] { log.push_back("end"); });
 
+    widget.pushUndoStack(nullptr); // nothing to run, nothing to tell
     widget.pushUndoStack(new LoggingCommand("First", &log));
     widget.pushUndoStack(new LoggingCommand("Second", &log));
     QUndoStack& stack = widget.getUndoStack()->getStack();
