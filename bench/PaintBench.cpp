@@ -127,10 +127,7 @@ BENCHMARK(PickOnMoveAllSelected)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char** argv)
 {
-    QSurfaceFormat format;
-    format.setProfile(QSurfaceFormat::CompatibilityProfile);
-    format.setVersion(2, 1);
-    QSurfaceFormat::setDefaultFormat(format);
+    QSurfaceFormat::setDefaultFormat(GraphWidget::surfaceFormat());
     QApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

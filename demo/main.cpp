@@ -47,11 +47,7 @@ QString ScreenshotPath(const QStringList& iArguments)
 
 int main(int argc, char** argv)
 {
-    // The editor draws with the fixed-function pipeline.
-    QSurfaceFormat format;
-    format.setProfile(QSurfaceFormat::CompatibilityProfile);
-    format.setVersion(2, 1);
-    QSurfaceFormat::setDefaultFormat(format);
+    QSurfaceFormat::setDefaultFormat(GraphWidget::surfaceFormat());
 
     QApplication application(argc, argv);
     QMainWindow window;

@@ -3,7 +3,11 @@
 #include <QApplication>
 #include <QSurfaceFormat>
 
+#include "widget/GraphWidget.h"
+
 #include <gtest/gtest.h>
+
+using Ovantis::SplinorEditorQtLib::v22::GraphWidget;
 
 int main(int argc, char** argv)
 {
@@ -11,11 +15,7 @@ int main(int argc, char** argv)
     if (::testing::GTEST_FLAG(list_tests))
         return RUN_ALL_TESTS();
 
-    // The fixed-function pipeline needs a compatibility profile.
-    QSurfaceFormat format;
-    format.setProfile(QSurfaceFormat::CompatibilityProfile);
-    format.setVersion(2, 1);
-    QSurfaceFormat::setDefaultFormat(format);
+    QSurfaceFormat::setDefaultFormat(GraphWidget::surfaceFormat());
 
     QApplication application(argc, argv);
     return RUN_ALL_TESTS();

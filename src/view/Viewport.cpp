@@ -12,12 +12,18 @@ Viewport::Viewport(const Rectangle& iWindow, const Rectangle& iWorld) : mWindowB
 
 Viewport::~Viewport() = default;
 
+void Viewport::store(Rectangle& ioField, const Rectangle& iValue)
+{
+    // Plain equality: the same values again, as in every step of an idle animation, tell nobody.
+    if (iValue == ioField)
+        return;
+    ioField = iValue;
+    notifyViewportChanged();
+}
+
 void Viewport::setWindowBounds(const Rectangle& iBounds)
 {
-    if (iBounds == mWindowBounds)
-        return;
-    mWindowBounds = iBounds;
-    notifyViewportChanged();
+    store(mWindowBounds, iBounds);
 }
 
 void Viewport::setWindowBounds(float iX, float iY, float iWidth, float iHeight)
@@ -27,10 +33,7 @@ void Viewport::setWindowBounds(float iX, float iY, float iWidth, float iHeight)
 
 void Viewport::setWorldBounds(const Rectangle& iBounds)
 {
-    if (iBounds == mWorldBounds)
-        return;
-    mWorldBounds = iBounds;
-    notifyViewportChanged();
+    store(mWorldBounds, iBounds);
 }
 
 void Viewport::setWorldBounds(float iX, float iY, float iWidth, float iHeight)
@@ -40,11 +43,7 @@ void Viewport::setWorldBounds(float iX, float iY, float iWidth, float iHeight)
 
 void Viewport::setWorldLimits(const Rectangle& iLimits)
 {
-    const Rectangle limits = iLimits.width > 0.0 && iLimits.height > 0.0 ? iLimits : Rectangle();
-    if (limits == mWorldLimits)
-        return;
-    mWorldLimits = limits;
-    notifyViewportChanged();
+    store(mWorldLimits, iLimits.width > 0.0 && iLimits.height > 0.0 ? iLimits : Rectangle());
 }
 
 void Viewport::setWorldLimits(float iX, float iY, float iWidth, float iHeight)

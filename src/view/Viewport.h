@@ -57,6 +57,7 @@ public:
     Vector pixelSize() const;
 
 private:
+    void store(Rectangle& ioField, const Rectangle& iValue);
     void notifyViewportChanged();
 
     Rectangle mWindowBounds{0.0, 0.0, 100.0, 100.0};

@@ -36,6 +36,14 @@ std::shared_ptr<T> MakeShared(Args&&... iArgs)
 
 } // namespace
 
+QSurfaceFormat GraphWidget::surfaceFormat()
+{
+    QSurfaceFormat format;
+    format.setProfile(QSurfaceFormat::CompatibilityProfile);
+    format.setVersion(2, 1);
+    return format;
+}
+
 GraphWidget::GraphWidget(QWidget* parent, Qt::WindowFlags flags) : QOpenGLWidget(parent, flags)
 {
     init();

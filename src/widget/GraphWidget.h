@@ -7,6 +7,7 @@
 #include <QFont>
 #include <QMenu>
 #include <QOpenGLWidget>
+#include <QSurfaceFormat>
 
 #include <memory>
 
@@ -45,6 +46,11 @@ public:
     using Splinor = SplinorLib::v19::Splinor;
 
     explicit GraphWidget(QWidget* parent = nullptr, Qt::WindowFlags flags = Qt::WindowFlags());
+
+    /// The widget draws with OpenGL's fixed-function pipeline, which needs a compatibility
+    /// profile. A host passes this to QSurfaceFormat::setDefaultFormat before it makes its
+    /// QApplication, where the platform's default might be a core profile.
+    static QSurfaceFormat surfaceFormat();
     ~GraphWidget() override;
 
     std::shared_ptr<SplinorContainer> getCurves() { return mCurves; }
