@@ -53,134 +53,23 @@ void RemoveColorProperty(Splinor& ioCurve, const char* iKey)
     ioCurve.setProperty(iKey, "");
 }
 
-const char* const cUnselectedExteriorKey = "sn_ue";
-const char* const cUnselectedInteriorKey = "sn_ui";
-const char* const cUnselectedTangentKey = "sn_ut";
-const char* const cSelectedExteriorKey = "sn_se";
-const char* const cSelectedInteriorKey = "sn_si";
-const char* const cSelectedTangentKey = "sn_st";
-
 } // namespace
 
-void SetUnselectedExteriorColor(Splinor& ioCurve, const QColor& iColor)
-{
-    SetColorProperty(ioCurve, cUnselectedExteriorKey, iColor);
-}
+// The four functions of each key; the logic lives once, in the helpers above.
+#define SPLINOR_CURVE_COLOR_FUNCTIONS(Name, Key)                                                                       \
+    void Set##Name##Color(Splinor& ioCurve, const QColor& iColor) { SetColorProperty(ioCurve, Key, iColor); }          \
+    void Get##Name##Color(const Splinor& iCurve, QColor& oColor) { GetColorProperty(iCurve, Key, oColor); }            \
+    bool Has##Name##Color(const Splinor& iCurve) { return HasColorProperty(iCurve, Key); }                            \
+    void Remove##Name##Color(Splinor& ioCurve) { RemoveColorProperty(ioCurve, Key); }
 
-void GetUnselectedExteriorColor(const Splinor& iCurve, QColor& oColor)
-{
-    GetColorProperty(iCurve, cUnselectedExteriorKey, oColor);
-}
+SPLINOR_CURVE_COLOR_FUNCTIONS(UnselectedExterior, "sn_ue")
+SPLINOR_CURVE_COLOR_FUNCTIONS(UnselectedInterior, "sn_ui")
+SPLINOR_CURVE_COLOR_FUNCTIONS(UnselectedTangent, "sn_ut")
+SPLINOR_CURVE_COLOR_FUNCTIONS(SelectedExterior, "sn_se")
+SPLINOR_CURVE_COLOR_FUNCTIONS(SelectedInterior, "sn_si")
+SPLINOR_CURVE_COLOR_FUNCTIONS(SelectedTangent, "sn_st")
 
-bool HasUnselectedExteriorColor(const Splinor& iCurve)
-{
-    return HasColorProperty(iCurve, cUnselectedExteriorKey);
-}
-
-void RemoveUnselectedExteriorColor(Splinor& ioCurve)
-{
-    RemoveColorProperty(ioCurve, cUnselectedExteriorKey);
-}
-
-void SetUnselectedInteriorColor(Splinor& ioCurve, const QColor& iColor)
-{
-    SetColorProperty(ioCurve, cUnselectedInteriorKey, iColor);
-}
-
-void GetUnselectedInteriorColor(const Splinor& iCurve, QColor& oColor)
-{
-    GetColorProperty(iCurve, cUnselectedInteriorKey, oColor);
-}
-
-bool HasUnselectedInteriorColor(const Splinor& iCurve)
-{
-    return HasColorProperty(iCurve, cUnselectedInteriorKey);
-}
-
-void RemoveUnselectedInteriorColor(Splinor& ioCurve)
-{
-    RemoveColorProperty(ioCurve, cUnselectedInteriorKey);
-}
-
-void SetUnselectedTangentColor(Splinor& ioCurve, const QColor& iColor)
-{
-    SetColorProperty(ioCurve, cUnselectedTangentKey, iColor);
-}
-
-void GetUnselectedTangentColor(const Splinor& iCurve, QColor& oColor)
-{
-    GetColorProperty(iCurve, cUnselectedTangentKey, oColor);
-}
-
-bool HasUnselectedTangentColor(const Splinor& iCurve)
-{
-    return HasColorProperty(iCurve, cUnselectedTangentKey);
-}
-
-void RemoveUnselectedTangentColor(Splinor& ioCurve)
-{
-    RemoveColorProperty(ioCurve, cUnselectedTangentKey);
-}
-
-void SetSelectedExteriorColor(Splinor& ioCurve, const QColor& iColor)
-{
-    SetColorProperty(ioCurve, cSelectedExteriorKey, iColor);
-}
-
-void GetSelectedExteriorColor(const Splinor& iCurve, QColor& oColor)
-{
-    GetColorProperty(iCurve, cSelectedExteriorKey, oColor);
-}
-
-bool HasSelectedExteriorColor(const Splinor& iCurve)
-{
-    return HasColorProperty(iCurve, cSelectedExteriorKey);
-}
-
-void RemoveSelectedExteriorColor(Splinor& ioCurve)
-{
-    RemoveColorProperty(ioCurve, cSelectedExteriorKey);
-}
-
-void SetSelectedInteriorColor(Splinor& ioCurve, const QColor& iColor)
-{
-    SetColorProperty(ioCurve, cSelectedInteriorKey, iColor);
-}
-
-void GetSelectedInteriorColor(const Splinor& iCurve, QColor& oColor)
-{
-    GetColorProperty(iCurve, cSelectedInteriorKey, oColor);
-}
-
-bool HasSelectedInteriorColor(const Splinor& iCurve)
-{
-    return HasColorProperty(iCurve, cSelectedInteriorKey);
-}
-
-void RemoveSelectedInteriorColor(Splinor& ioCurve)
-{
-    RemoveColorProperty(ioCurve, cSelectedInteriorKey);
-}
-
-void SetSelectedTangentColor(Splinor& ioCurve, const QColor& iColor)
-{
-    SetColorProperty(ioCurve, cSelectedTangentKey, iColor);
-}
-
-void GetSelectedTangentColor(const Splinor& iCurve, QColor& oColor)
-{
-    GetColorProperty(iCurve, cSelectedTangentKey, oColor);
-}
-
-bool HasSelectedTangentColor(const Splinor& iCurve)
-{
-    return HasColorProperty(iCurve, cSelectedTangentKey);
-}
-
-void RemoveSelectedTangentColor(Splinor& ioCurve)
-{
-    RemoveColorProperty(ioCurve, cSelectedTangentKey);
-}
+#undef SPLINOR_CURVE_COLOR_FUNCTIONS
 
 } // namespace v22
 } // namespace SplinorEditorQtLib
