@@ -9,6 +9,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <memory>
@@ -56,10 +57,7 @@ struct Scene
             widget->getCurves()->addCurve(Wave(iKeys, i));
         QApplication::processEvents();
     }
-    void frame(double iWidth)
-    {
-        widget->getViewport()->setWorldBounds(Rectangle<double>(0.0, -15.0, iWidth, 130.0));
-    }
+    void frame(double iWidth) { widget->getViewport()->setWorldBounds(Rectangle<double>(0.0, -15.0, iWidth, 130.0)); }
     void selectAll()
     {
         for (const auto& curve : *widget->getCurves())
@@ -68,10 +66,12 @@ struct Scene
     std::unique_ptr<TimedWidget> widget;
 };
 
+/// The scenes, built once each; they hold widgets, so they go before the application does.
+std::map<std::size_t, std::unique_ptr<Scene>> gScenes;
+
 Scene& SceneOf(std::size_t iKeys)
 {
-    static std::map<std::size_t, std::unique_ptr<Scene>> scenes;
-    auto& scene = scenes[iKeys];
+    auto& scene = gScenes[iKeys];
     if (!scene)
         scene = std::make_unique<Scene>(iKeys);
     return *scene;
@@ -89,14 +89,35 @@ void Paint(benchmark::State& state, std::size_t iKeys, double iViewWidth, bool i
     scene.widget->getSelection()->clear();
 }
 
-void PaintFramed1000(benchmark::State& state) { Paint(state, 1000, 1000.0, false); }
-void PaintFramed1000Selected(benchmark::State& state) { Paint(state, 1000, 1000.0, true); }
-void PaintWindowOf100000(benchmark::State& state) { Paint(state, 100000, 1000.0, false); }
-void PaintWindowOf100000Selected(benchmark::State& state) { Paint(state, 100000, 1000.0, true); }
-BENCHMARK(PaintFramed1000)->Unit(benchmark::kMillisecond);
-BENCHMARK(PaintFramed1000Selected)->Unit(benchmark::kMillisecond);
-BENCHMARK(PaintWindowOf100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(PaintWindowOf100000Selected)->Unit(benchmark::kMillisecond);
+void PaintFramed1000(benchmark::State& state)
+{
+    Paint(state, 1000, 1000.0, false);
+}
+void PaintFramed1000Selected(benchmark::State& state)
+{
+    Paint(state, 1000, 1000.0, true);
+}
+void PaintWindowOf100000(benchmark::State& state)
+{
+    Paint(state, 100000, 1000.0, false);
+}
+void PaintWindowOf100000Selected(benchmark::State& state)
+{
+    Paint(state, 100000, 1000.0, true);
+}
+// The machines these run on are shared, and a paint's threads are at the mercy of the others';
+// the least of several runs is the figure the code alone decides.
+void PaintSettings(benchmark::internal::Benchmark* ioBenchmark)
+{
+    ioBenchmark->Unit(benchmark::kMillisecond)
+        ->Repetitions(5)
+        ->ComputeStatistics("min",
+            [](const std::vector<double>& iValues) { return *std::min_element(iValues.begin(), iValues.end()); });
+}
+BENCHMARK(PaintFramed1000)->Apply(PaintSettings);
+BENCHMARK(PaintFramed1000Selected)->Apply(PaintSettings);
+BENCHMARK(PaintWindowOf100000)->Apply(PaintSettings);
+BENCHMARK(PaintWindowOf100000Selected)->Apply(PaintSettings);
 
 // A pick on each mouse move over a large scene: only the segment under the pointer is looked at,
 // and on selected curves the handles near it.
@@ -109,17 +130,23 @@ void Pick(benchmark::State& state, bool iSelectAll)
     std::mt19937 random(5);
     std::vector<Vector2D<double>> points(4096);
     for (auto& p : points)
-        p = {double(random() % 1140), double(random() % 926)};
+        p = { double(random() % 1140), double(random() % 926) };
     std::size_t i = 0;
     for (auto _ : state) {
         HitRecord hit;
         benchmark::DoNotOptimize(PickPoint(*scene.widget->getCurves(), *scene.widget->getSelection(),
-                                           *scene.widget->getViewport(), points[i++ & 4095], hit));
+            *scene.widget->getViewport(), points[i++ & 4095], hit));
     }
     scene.widget->getSelection()->clear();
 }
-void PickOnMove(benchmark::State& state) { Pick(state, false); }
-void PickOnMoveAllSelected(benchmark::State& state) { Pick(state, true); }
+void PickOnMove(benchmark::State& state)
+{
+    Pick(state, false);
+}
+void PickOnMoveAllSelected(benchmark::State& state)
+{
+    Pick(state, true);
+}
 BENCHMARK(PickOnMove)->Unit(benchmark::kMicrosecond);
 BENCHMARK(PickOnMoveAllSelected)->Unit(benchmark::kMicrosecond);
 
@@ -132,5 +159,6 @@ int main(int argc, char** argv)
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    gScenes.clear();
     return 0;
 }

@@ -16,6 +16,7 @@
 #include "render/GLDrawing.h"
 #include "render/GLException.h"
 #include "render/GLSentries.h"
+#include "render/VertexArrays.h"
 #include "render/GraphViewColors.h"
 #include "render/GridLayer.h"
 #include "tools/DragConstraints.h"

@@ -2,6 +2,7 @@
 
 #include "render/CurveColors.h"
 #include "render/GraphViewColors.h"
+#include "render/VertexArrays.h"
 #include "tools/Picking.h"
 #include "view/Viewport.h"
 
@@ -15,6 +16,7 @@
 #include <qopengl.h>
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 namespace Ovantis {
@@ -34,8 +36,8 @@ namespace {
 // The look, in pixels unless said otherwise.
 constexpr float cLineWidth = 1.0f;
 constexpr double cKeyHalfWidth = 2.2;
-constexpr double cDiamondFactor = 1.414;       // a square's half width to a diamond's half diagonal
-constexpr double cFixedTangentLength = 24.0;   // an unweighted Fixed tangent's line on screen
+constexpr double cDiamondFactor = 1.414; // a square's half width to a diamond's half diagonal
+constexpr double cFixedTangentLength = 24.0; // an unweighted Fixed tangent's line on screen
 constexpr double cHandleHalfBase = 2.9;
 constexpr double cHandleHeight = 5.0;
 constexpr float cTangentLineAlpha = 0.5f;
@@ -48,15 +50,35 @@ void SetColour(const QColor& iColour)
     glColor3f(GLfloat(iColour.redF()), GLfloat(iColour.greenF()), GLfloat(iColour.blueF()));
 }
 
-/// Glyphs and lines gathered into a few draw calls. A paint of many curves would otherwise make
-/// a call per keyframe, tangent and segment, and the cost of the calls, not of the pixels,
-/// would set the speed. Colours travel with the vertices; the order of drawing is that of the
-/// single routines: keyframes, then tangent lines, then tangent handles.
+/// A colour as GL takes it, converted once rather than for each vertex.
+struct Rgb
+{
+    Rgb() = default;
+    explicit Rgb(const QColor& iColour)
+        : r(GLfloat(iColour.redF()))
+        , g(GLfloat(iColour.greenF()))
+        , b(GLfloat(iColour.blueF()))
+    {
+    }
+    GLfloat r = 0.0f, g = 0.0f, b = 0.0f;
+};
+
+/// Glyphs and lines gathered into a few draws. A paint of many curves would otherwise make a
+/// call per keyframe, tangent and segment, and the cost of the calls, not of the pixels, would
+/// set the speed. Colours travel with the vertices; the order of drawing is that of the single
+/// routines: keyframes, then tangent lines, then tangent handles.
 class GlyphBatch
 {
 public:
-    void keyframe(const Vector& iPosition, const QColor& iColour, const Vector& iPixelSize, bool iFilled,
-                  bool iBreakdown)
+    /// The batch of the paint under way, empty; a paint never builds two at once.
+    static GlyphBatch& shared()
+    {
+        static GlyphBatch batch;
+        batch.clear();
+        return batch;
+    }
+
+    void keyframe(const Vector& iPosition, const Rgb& iColour, const Vector& iPixelSize, bool iFilled, bool iBreakdown)
     {
         double hx = iPixelSize.x * cKeyHalfWidth;
         double hy = iPixelSize.y * cKeyHalfWidth;
@@ -66,24 +88,26 @@ public:
         }
         const double x = iPosition.x;
         const double y = iPosition.y;
-        const Vector square[4] = {{x - hx, y - hy}, {x - hx, y + hy}, {x + hx, y + hy}, {x + hx, y - hy}};
-        const Vector diamond[4] = {{x - hx, y}, {x, y - hy}, {x + hx, y}, {x, y + hy}};
-        polygon(iBreakdown ? diamond : square, 4, iColour, 1.0f, iFilled, mKeyFills, mKeyOutlines);
+        const Vector square[4] = { { x - hx, y - hy }, { x - hx, y + hy }, { x + hx, y + hy }, { x + hx, y - hy } };
+        const Vector diamond[4] = { { x - hx, y }, { x, y - hy }, { x + hx, y }, { x, y + hy } };
+        polygon(iBreakdown ? diamond : square, 4, Rgba(iColour, 1.0f), iFilled, mKeyFills, mKeyOutlines);
     }
 
-    void tangentLine(const Vector& iFrom, const Vector& iTo, const QColor& iColour)
+    void tangentLine(const Vector& iFrom, const Vector& iTo, const Rgb& iColour)
     {
-        add(mTangentLines, iFrom, iColour, cTangentLineAlpha);
-        add(mTangentLines, iTo, iColour, cTangentLineAlpha);
+        const ColouredVertex colour = Rgba(iColour, cTangentLineAlpha);
+        add(mTangentLines, iFrom, colour);
+        add(mTangentLines, iTo, colour);
     }
 
-    void handle(const Vector iCorners[3], const QColor& iColour, bool iFilled)
+    void handle(const Vector iCorners[3], const Rgb& iColour, bool iFilled)
     {
-        polygon(iCorners, 3, iColour, 1.0f, iFilled, mHandleFills, mHandleOutlines);
+        polygon(iCorners, 3, Rgba(iColour, 1.0f), iFilled, mHandleFills, mHandleOutlines);
     }
 
     void flush()
     {
+        glLineWidth(cLineWidth);
         draw(GL_QUADS, mKeyFills);
         draw(GL_LINES, mKeyOutlines);
         draw(GL_LINES, mTangentLines);
@@ -92,49 +116,89 @@ public:
     }
 
 private:
-    struct Vertex
+    void clear()
     {
-        GLfloat x, y, r, g, b, a;
-    };
+        for (auto* vertices : { &mKeyFills, &mKeyOutlines, &mTangentLines, &mHandleFills, &mHandleOutlines })
+            vertices->clear();
+    }
 
-    static void add(std::vector<Vertex>& ioVertices, const Vector& iPoint, const QColor& iColour, GLfloat iAlpha)
+    /// A vertex at the origin carrying the colour, to be placed by add().
+    static ColouredVertex Rgba(const Rgb& iColour, GLfloat iAlpha)
     {
-        ioVertices.push_back({GLfloat(iPoint.x), GLfloat(iPoint.y), GLfloat(iColour.redF()), GLfloat(iColour.greenF()),
-                              GLfloat(iColour.blueF()), iAlpha});
+        return { 0.0f, 0.0f, iColour.r, iColour.g, iColour.b, iAlpha };
+    }
+
+    static void add(std::vector<ColouredVertex>& ioVertices, const Vector& iPoint, ColouredVertex iColour)
+    {
+        iColour.x = GLfloat(iPoint.x);
+        iColour.y = GLfloat(iPoint.y);
+        ioVertices.push_back(iColour);
     }
 
     /// A filled polygon of 3 or 4 corners, or its outline as separate edges.
-    static void polygon(const Vector* iCorners, int iCount, const QColor& iColour, GLfloat iAlpha, bool iFilled,
-                        std::vector<Vertex>& ioFills, std::vector<Vertex>& ioOutlines)
+    static void polygon(const Vector* iCorners, int iCount, const ColouredVertex& iColour, bool iFilled,
+        std::vector<ColouredVertex>& ioFills, std::vector<ColouredVertex>& ioOutlines)
     {
         for (int i = 0; i < iCount; ++i) {
             if (iFilled) {
-                add(ioFills, iCorners[i], iColour, iAlpha);
+                add(ioFills, iCorners[i], iColour);
             } else {
-                add(ioOutlines, iCorners[i], iColour, iAlpha);
-                add(ioOutlines, iCorners[(i + 1) % iCount], iColour, iAlpha);
+                add(ioOutlines, iCorners[i], iColour);
+                add(ioOutlines, iCorners[(i + 1) % iCount], iColour);
             }
         }
     }
 
-    static void draw(GLenum iMode, std::vector<Vertex>& ioVertices)
+    static void draw(GLenum iMode, std::vector<ColouredVertex>& ioVertices)
     {
-        if (ioVertices.empty())
-            return;
-        glLineWidth(cLineWidth);
-        glBegin(iMode);
-        for (const Vertex& v : ioVertices) {
-            glColor4f(v.r, v.g, v.b, v.a);
-            glVertex2f(v.x, v.y);
-        }
-        glEnd();
+        DrawColouredVertices(iMode, ioVertices);
         ioVertices.clear();
     }
 
-    std::vector<Vertex> mKeyFills, mKeyOutlines, mTangentLines, mHandleFills, mHandleOutlines;
+    std::vector<ColouredVertex> mKeyFills, mKeyOutlines, mTangentLines, mHandleFills, mHandleOutlines;
 };
 
-void DrawStrip(const std::vector<Vector>& iPoints, const QColor& iColour);
+void DrawStrip(const std::vector<PlainVertex>& iPoints, const QColor& iColour)
+{
+    if (iPoints.size() < 2)
+        return;
+    SetColour(iColour);
+    glLineWidth(cLineWidth);
+    DrawLineStrip(iPoints);
+}
+
+/// Samples narrowed to GL's floats and appended to a strip. Segments meet at their keys, so a
+/// segment's first sample repeats the strip's last point; it is dropped, as a line of no length
+/// adds no pixel and costs as much as any other.
+void AppendToStrip(const std::vector<Vector>& iSamples, std::vector<PlainVertex>& ioStrip)
+{
+    for (const Vector& sample : iSamples) {
+        const PlainVertex point { GLfloat(sample.x), GLfloat(sample.y) };
+        if (ioStrip.empty() || !(point == ioStrip.back()))
+            ioStrip.push_back(point);
+    }
+}
+
+/// Buffers reused from segment to segment and paint to paint.
+std::vector<Vector>& SampleBuffer()
+{
+    static std::vector<Vector> buffer;
+    return buffer;
+}
+
+std::vector<PlainVertex>& StripBuffer()
+{
+    static std::vector<PlainVertex> buffer;
+    return buffer;
+}
+
+void DrawSamples(const std::vector<Vector>& iSamples, const QColor& iColour)
+{
+    std::vector<PlainVertex>& strip = StripBuffer();
+    strip.clear();
+    AppendToStrip(iSamples, strip);
+    DrawStrip(strip, iColour);
+}
 
 /// The three corners, in curve space, of a handle standing on iBase (window pixels) and pointing
 /// along iDirection.
@@ -155,44 +219,25 @@ public:
         if (iColour != mColour)
             flush();
         mColour = iColour;
-        SampleSegment(iSegment, iViewport, mSamples);
-        mPoints.insert(mPoints.end(), mSamples.begin(), mSamples.end());
+        std::vector<Vector>& samples = SampleBuffer();
+        SampleSegment(iSegment, iViewport, samples);
+        AppendToStrip(samples, mPoints);
     }
     /// Ends the run, as a segment left out of it must.
     void flush()
     {
-        if (mPoints.size() >= 2)
-            DrawStrip(mPoints, mColour);
+        DrawStrip(mPoints, mColour);
         mPoints.clear();
     }
     ~StripRun() { flush(); }
 
 private:
     QColor mColour;
-    std::vector<Vector> mPoints;
-    std::vector<Vector> mSamples;
+    std::vector<PlainVertex> mPoints;
 };
 
-/// Samples reused from segment to segment, so that a paint does not allocate per segment.
-std::vector<Vector>& SampleBuffer()
-{
-    static std::vector<Vector> buffer;
-    return buffer;
-}
-
-void DrawStrip(const std::vector<Vector>& iPoints, const QColor& iColour)
-{
-    if (iPoints.empty())
-        return;
-    SetColour(iColour);
-    glLineWidth(cLineWidth);
-    glBegin(GL_LINE_STRIP);
-    for (const Vector& p : iPoints)
-        glVertex2f(GLfloat(p.x), GLfloat(p.y));
-    glEnd();
-}
-
-using Sampler = void (SplinorLib::v19::Interpolator::*)(const Segment&, double, double, int, std::vector<Vector>&) const;
+using Sampler
+    = void (SplinorLib::v19::Interpolator::*)(const Segment&, double, double, int, std::vector<Vector>&) const;
 
 void DrawDerivative(const Segment& iSegment, const Viewport& iViewport, const QColor& iColour, Sampler iSampler)
 {
@@ -201,13 +246,12 @@ void DrawDerivative(const Segment& iSegment, const Viewport& iViewport, const QC
     const SampleSpan span = SampleCount(iSegment, iViewport);
     if (span.count > 0 && iSegment.getInterpolator())
         (iSegment.getInterpolator().get()->*iSampler)(iSegment, span.x0, span.x1, span.count, points);
-    DrawStrip(points, iColour);
+    DrawSamples(points, iColour);
 }
 
 /// Calls iDraw for each segment from the one at the left edge of the view to the one at its
 /// right edge, both included.
-template <class Draw>
-void ForSegmentsInView(const Splinor& iCurve, const Viewport& iViewport, Draw&& iDraw)
+template <class Draw> void ForSegmentsInView(const Splinor& iCurve, const Viewport& iViewport, Draw&& iDraw)
 {
     const Viewport::Rectangle& world = iViewport.getWorldBounds();
     auto last = iCurve.findSegment(world.x + world.width);
@@ -219,6 +263,13 @@ void ForSegmentsInView(const Splinor& iCurve, const Viewport& iViewport, Draw&& 
     }
 }
 
+/// The length of a vector; the plain root, unless the squares overflow.
+double Norm(const Vector& iVector)
+{
+    const double norm = std::sqrt(iVector.x * iVector.x + iVector.y * iVector.y);
+    return std::isfinite(norm) ? norm : Length(iVector);
+}
+
 bool Names(const HitRecord& iHover, const void* iItem, int iType)
 {
     if (iType == HitRecord::cTangentHandle)
@@ -226,106 +277,134 @@ bool Names(const HitRecord& iHover, const void* iItem, int iType)
     return iHover.getType() == iType && iHover.getItem() == iItem;
 }
 
-QColor CurveColour(const Splinor& iCurve, bool (*iHas)(const Splinor&), void (*iGet)(const Splinor&, QColor&),
-                   const GraphViewColors& iColours, int iFallback)
+/// The colours of one curve for one paint. The per-curve colours are properties of the curve,
+/// and looking them up for each of its thousands of items would cost more than drawing them.
+class CurveLook
 {
-    if (!iHas(iCurve))
-        return iColours.getColor(iFallback);
-    QColor colour;
-    iGet(iCurve, colour);
-    return colour;
-}
+public:
+    CurveLook(const Splinor& iCurve, const GraphViewColors& iColours)
+        : mLocked(IsLocked(iCurve))
+        , mLockedColour(iColours.getColor(GraphViewColors::cLockedColor))
+        , mLockedSelectedColour(iColours.getColor(GraphViewColors::cLockedSelectedColor))
+        , mSelectedItemColour(iColours.getColor(GraphViewColors::cSelectedItemColor))
+        , mUnselectedInterior(Own(iCurve, HasUnselectedInteriorColor, GetUnselectedInteriorColor, iColours,
+              GraphViewColors::cUnselectedInteriorColor))
+        , mUnselectedExterior(Own(iCurve, HasUnselectedExteriorColor, GetUnselectedExteriorColor, iColours,
+              GraphViewColors::cUnselectedExteriorColor))
+        , mSelectedInterior(Own(iCurve, HasSelectedInteriorColor, GetSelectedInteriorColor, iColours,
+              GraphViewColors::cSelectedInteriorColor))
+        , mSelectedExterior(Own(iCurve, HasSelectedExteriorColor, GetSelectedExteriorColor, iColours,
+              GraphViewColors::cSelectedExteriorColor))
+        , mItems { Rgb(mSelectedInterior),
+            Rgb(Own(iCurve, HasSelectedTangentColor, GetSelectedTangentColor, iColours,
+                GraphViewColors::cSelectedTangentColor)),
+            Rgb(mLockedColour), Rgb(mSelectedItemColour), Rgb(mLockedSelectedColour) }
+    {
+    }
 
-QColor SegmentColour(const Segment& iSegment, bool iCurveSelected, bool iSegmentSelected, const Splinor& iCurve,
-                     const GraphViewColors& iColours)
-{
-    const bool locked = IsLocked(iCurve);
-    const bool exterior = iSegment.isExterior();
-    if (iCurveSelected && iSegmentSelected)
-        return iColours.getColor(locked ? GraphViewColors::cLockedSelectedColor : GraphViewColors::cSelectedItemColor);
-    if (locked)
-        return iColours.getColor(GraphViewColors::cLockedColor);
-    if (iCurveSelected)
-        return exterior ? CurveColour(iCurve, HasSelectedExteriorColor, GetSelectedExteriorColor, iColours,
-                                      GraphViewColors::cSelectedExteriorColor)
-                        : CurveColour(iCurve, HasSelectedInteriorColor, GetSelectedInteriorColor, iColours,
-                                      GraphViewColors::cSelectedInteriorColor);
-    return exterior ? CurveColour(iCurve, HasUnselectedExteriorColor, GetUnselectedExteriorColor, iColours,
-                                  GraphViewColors::cUnselectedExteriorColor)
-                    : CurveColour(iCurve, HasUnselectedInteriorColor, GetUnselectedInteriorColor, iColours,
-                                  GraphViewColors::cUnselectedInteriorColor);
-}
+    bool isLocked() const { return mLocked; }
 
-/// The colour of a keyframe or tangent of a selected curve.
-QColor ItemColour(bool iSelected, bool iLocked, bool iTangent, const Splinor& iCurve, const GraphViewColors& iColours)
-{
-    if (iSelected)
-        return iColours.getColor(iLocked ? GraphViewColors::cLockedSelectedColor : GraphViewColors::cSelectedItemColor);
-    if (iLocked)
-        return iColours.getColor(GraphViewColors::cLockedColor);
-    return iTangent ? CurveColour(iCurve, HasSelectedTangentColor, GetSelectedTangentColor, iColours,
-                                  GraphViewColors::cSelectedTangentColor)
-                    : CurveColour(iCurve, HasSelectedInteriorColor, GetSelectedInteriorColor, iColours,
-                                  GraphViewColors::cSelectedInteriorColor);
-}
+    const QColor& segment(const Segment& iSegment, bool iCurveSelected, bool iSegmentSelected) const
+    {
+        if (iCurveSelected && iSegmentSelected)
+            return mLocked ? mLockedSelectedColour : mSelectedItemColour;
+        if (mLocked)
+            return mLockedColour;
+        const bool exterior = iSegment.isExterior();
+        if (iCurveSelected)
+            return exterior ? mSelectedExterior : mSelectedInterior;
+        return exterior ? mUnselectedExterior : mUnselectedInterior;
+    }
 
-bool IsLockedKey(const Keyframe& iKey, const Splinor& iCurve)
+    /// A keyframe or tangent of a selected curve; iLocked is true if the curve or the key is.
+    const Rgb& item(bool iSelected, bool iLocked, bool iTangent) const
+    {
+        if (iSelected)
+            return mItems[iLocked ? cLockedSelected : cSelectedItem];
+        if (iLocked)
+            return mItems[cLocked];
+        return mItems[iTangent ? cTangent : cKeyframe];
+    }
+
+    bool isLocked(const Keyframe& iKey) const { return mLocked || IsLocked(iKey); }
+
+private:
+    static QColor Own(const Splinor& iCurve, bool (*iHas)(const Splinor&), void (*iGet)(const Splinor&, QColor&),
+        const GraphViewColors& iColours, int iFallback)
+    {
+        if (!iHas(iCurve))
+            return iColours.getColor(iFallback);
+        QColor colour;
+        iGet(iCurve, colour);
+        return colour;
+    }
+
+    enum { cKeyframe, cTangent, cLocked, cSelectedItem, cLockedSelected };
+
+    bool mLocked;
+    QColor mLockedColour, mLockedSelectedColour, mSelectedItemColour;
+    QColor mUnselectedInterior, mUnselectedExterior, mSelectedInterior, mSelectedExterior;
+    Rgb mItems[5];
+};
+
+/// Whether a tangent whose line runs from iKey to iTip (window pixels) can show in the window:
+/// its line and handle lie within a handle's height of the line's box.
+bool Reaches(const Viewport::Rectangle& iWindow, const Vector& iKey, const Vector& iTip)
 {
-    return IsLocked(iCurve) || IsLocked(iKey);
+    const double margin = std::max(cHandleHeight, cHandleHalfBase) + 1.0;
+    return std::max(iKey.x, iTip.x) + margin >= iWindow.x
+        && std::min(iKey.x, iTip.x) - margin <= iWindow.x + iWindow.width
+        && std::max(iKey.y, iTip.y) + margin >= iWindow.y
+        && std::min(iKey.y, iTip.y) - margin <= iWindow.y + iWindow.height;
 }
 
 /// The line and handle of a tangent into a batch; see DrawTangent.
-void AddTangent(GlyphBatch& ioBatch, Tangent& iTangent, const GraphViewColors& iColours, const HitRecord& iHover,
-                bool iLocked, Selection& iSelection, const Viewport& iViewport)
+void AddTangent(GlyphBatch& ioBatch, Tangent& iTangent, const Rgb& iColour, bool iSelected, const Viewport& iViewport)
 {
     const Keyframe* key = iTangent.getOwningKeyframe();
-    const Splinor* curve = iTangent.getOwningCurve();
-    if (!key || !curve)
+    if (!key)
         return;
-    const bool selected = iSelection.isSelected(iTangent);
-    const QColor colour = Names(iHover, &iTangent, HitRecord::cTangentHandle)
-                              ? iColours.getColor(GraphViewColors::cHoverColor)
-                              : ItemColour(selected, iLocked, true, *curve, iColours);
-
     Vector v = iTangent.get();
-    if (SplinorLib::v19::NearZero(Length(v)))
-        v = {iTangent.isInTangent() ? -cZeroTangentOffset : cZeroTangentOffset, 0.0};
+    if (SplinorLib::v19::NearZero(Norm(v)))
+        v = { iTangent.isInTangent() ? -cZeroTangentOffset : cZeroTangentOffset, 0.0 };
     Vector tipWorld = key->get() + v;
     const Vector k = iViewport.worldToWindow(key->get());
     Vector e = iViewport.worldToWindow(tipWorld);
-    const Vector d = (e - k) / Length(e - k);
+    const Vector d = (e - k) / Norm(e - k);
     // An unweighted Fixed tangent has a line of constant length on screen.
     if (iTangent.getType() == SplinorLib::v19::cTangentFixed && !iTangent.isWeighted()) {
         e = k + d * cFixedTangentLength;
         tipWorld = iViewport.windowToWorld(e);
     }
-    ioBatch.tangentLine(key->get(), tipWorld, colour);
+    if (!Reaches(iViewport.getWindowBounds(), k, e))
+        return;
+    ioBatch.tangentLine(key->get(), tipWorld, iColour);
     Vector corners[3];
     HandleCorners(e, d, iViewport, corners);
-    ioBatch.handle(corners, colour, selected);
+    ioBatch.handle(corners, iColour, iSelected);
 }
 
 void DrawCurvePass(const Splinor& iCurve, bool iSelected, Selection& iSelection, const Viewport& iViewport,
-                   const GraphViewColors& iColours, const HitRecord& iHover)
+    const CurveLook& iLook, const HitRecord& iHover)
 {
     {
         StripRun run;
         ForSegmentsInView(iCurve, iViewport, [&](const Segment& segment) {
             if (!Names(iHover, &segment, HitRecord::cSegment) && iSelection.isSelected(segment) == iSelected)
-                run.add(segment, iViewport, SegmentColour(segment, true, iSelected, iCurve, iColours));
+                run.add(segment, iViewport, iLook.segment(segment, true, iSelected));
             else
                 run.flush();
         });
     }
 
-    GlyphBatch batch;
+    GlyphBatch& batch = GlyphBatch::shared();
     const Vector pixel = iViewport.pixelSize();
     ForSegmentsInView(iCurve, iViewport, [&](const Segment& segment) {
         const Keyframe* key = segment.getLeftKey();
         if (!key || Names(iHover, key, HitRecord::cKeyframe) || iSelection.isSelected(*key) != iSelected)
             return;
-        batch.keyframe(key->get(), ItemColour(iSelected, IsLockedKey(*key, iCurve), false, iCurve, iColours), pixel,
-                       iSelected, key->isBreakdown());
+        batch.keyframe(
+            key->get(), iLook.item(iSelected, iLook.isLocked(*key), false), pixel, iSelected, key->isBreakdown());
     });
 
     // Tangents may stick out of their segment, so the walk reaches a little beyond the view:
@@ -341,13 +420,13 @@ void DrawCurvePass(const Splinor& iCurve, bool iSelected, Selection& iSelection,
         Segment& segment = const_cast<Segment&>(*it);
         if (!segment.getInterpolator() || !segment.getInterpolator()->usesTangents())
             continue;
-        const std::pair<Tangent*, Keyframe*> pairs[2] = {{segment.getInTangent(), segment.getRightKey()},
-                                                         {segment.getOutTangent(), segment.getLeftKey()}};
+        const std::pair<Tangent*, Keyframe*> pairs[2]
+            = { { segment.getInTangent(), segment.getRightKey() }, { segment.getOutTangent(), segment.getLeftKey() } };
         for (const auto& [tangent, key] : pairs) {
             if (!tangent || !key || Names(iHover, tangent, HitRecord::cTangentHandle))
                 continue;
             if (iSelection.isSelected(*tangent) == iSelected && IsTangentVisible(*tangent, iSelection))
-                AddTangent(batch, *tangent, iColours, iHover, IsLockedKey(*key, iCurve), iSelection, iViewport);
+                AddTangent(batch, *tangent, iLook.item(iSelected, iLook.isLocked(*key), true), iSelected, iViewport);
         }
     }
     batch.flush();
@@ -359,7 +438,7 @@ void DrawSegment(const Segment& iSegment, const Viewport& iViewport, const QColo
 {
     std::vector<Vector>& points = SampleBuffer();
     SampleSegment(iSegment, iViewport, points);
-    DrawStrip(points, iColour);
+    DrawSamples(points, iColour);
 }
 
 void DrawVelocitySegment(const Segment& iSegment, const Viewport& iViewport, const QColor& iColour)
@@ -372,34 +451,35 @@ void DrawAccelerationSegment(const Segment& iSegment, const Viewport& iViewport,
     DrawDerivative(iSegment, iViewport, iColour, &SplinorLib::v19::Interpolator::sampleSecondDerivative);
 }
 
-void DrawUnselectedCurve(const Splinor& iCurve, const Viewport& iViewport, const GraphViewColors& iColours,
-                         const HitRecord& iHover)
+void DrawUnselectedCurve(
+    const Splinor& iCurve, const Viewport& iViewport, const GraphViewColors& iColours, const HitRecord& iHover)
 {
     if (Names(iHover, &iCurve, HitRecord::cCurve))
         return;
+    const CurveLook look(iCurve, iColours);
     StripRun run;
-    ForSegmentsInView(iCurve, iViewport, [&](const Segment& segment) {
-        run.add(segment, iViewport, SegmentColour(segment, false, false, iCurve, iColours));
-    });
+    ForSegmentsInView(iCurve, iViewport,
+        [&](const Segment& segment) { run.add(segment, iViewport, look.segment(segment, false, false)); });
 }
 
 void DrawSelectedCurve(const Splinor& iCurve, Selection& iSelection, const Viewport& iViewport,
-                       const GraphViewColors& iColours, const HitRecord& iHover)
+    const GraphViewColors& iColours, const HitRecord& iHover)
 {
     if (Names(iHover, &iCurve, HitRecord::cCurve))
         return;
-    DrawCurvePass(iCurve, false, iSelection, iViewport, iColours, iHover);
-    DrawCurvePass(iCurve, true, iSelection, iViewport, iColours, iHover);
+    const CurveLook look(iCurve, iColours);
+    DrawCurvePass(iCurve, false, iSelection, iViewport, look, iHover);
+    DrawCurvePass(iCurve, true, iSelection, iViewport, look, iHover);
 }
 
-void DrawHoverItem(const HitRecord& iHover, Selection& iSelection, const Viewport& iViewport,
-                   const GraphViewColors& iColours)
+void DrawHoverItem(
+    const HitRecord& iHover, Selection& iSelection, const Viewport& iViewport, const GraphViewColors& iColours)
 {
     const QColor& hover = iColours.getColor(GraphViewColors::cHoverColor);
     switch (iHover.getType()) {
     case HitRecord::cCurve:
-        ForSegmentsInView(*iHover.getCurve(), iViewport,
-                          [&](const Segment& segment) { DrawSegment(segment, iViewport, hover); });
+        ForSegmentsInView(
+            *iHover.getCurve(), iViewport, [&](const Segment& segment) { DrawSegment(segment, iViewport, hover); });
         break;
     case HitRecord::cSegment:
         DrawSegment(*iHover.getSegment(), iViewport, hover);
@@ -414,7 +494,7 @@ void DrawHoverItem(const HitRecord& iHover, Selection& iSelection, const Viewpor
         const auto tangent = iHover.getTangent();
         const Keyframe* key = tangent->getOwningKeyframe();
         const Splinor* curve = tangent->getOwningCurve();
-        const bool locked = curve && key && IsLockedKey(*key, *curve);
+        const bool locked = curve && key && (IsLocked(*curve) || IsLocked(*key));
         DrawTangent(*tangent, iColours, iHover, locked, iSelection, iViewport);
         break;
     }
@@ -426,40 +506,47 @@ void DrawHoverItem(const HitRecord& iHover, Selection& iSelection, const Viewpor
 void DrawVelocity(const Splinor& iCurve, const Viewport& iViewport, const GraphViewColors& iColours)
 {
     const QColor& colour = iColours.getColor(GraphViewColors::cVelocityColor);
-    ForSegmentsInView(iCurve, iViewport,
-                      [&](const Segment& segment) { DrawVelocitySegment(segment, iViewport, colour); });
+    ForSegmentsInView(
+        iCurve, iViewport, [&](const Segment& segment) { DrawVelocitySegment(segment, iViewport, colour); });
 }
 
 void DrawAcceleration(const Splinor& iCurve, const Viewport& iViewport, const GraphViewColors& iColours)
 {
     const QColor& colour = iColours.getColor(GraphViewColors::cAccelerationColor);
-    ForSegmentsInView(iCurve, iViewport,
-                      [&](const Segment& segment) { DrawAccelerationSegment(segment, iViewport, colour); });
+    ForSegmentsInView(
+        iCurve, iViewport, [&](const Segment& segment) { DrawAccelerationSegment(segment, iViewport, colour); });
 }
 
-void DrawKeyframeGlyph(const Vector& iPosition, const QColor& iColour, const Vector& iPixelSize, bool iFilled,
-                       bool iBreakdown)
+void DrawKeyframeGlyph(
+    const Vector& iPosition, const QColor& iColour, const Vector& iPixelSize, bool iFilled, bool iBreakdown)
 {
-    GlyphBatch batch;
-    batch.keyframe(iPosition, iColour, iPixelSize, iFilled, iBreakdown);
+    GlyphBatch& batch = GlyphBatch::shared();
+    batch.keyframe(iPosition, Rgb(iColour), iPixelSize, iFilled, iBreakdown);
     batch.flush();
 }
 
 void DrawTangent(Tangent& iTangent, const GraphViewColors& iColours, const HitRecord& iHover, bool iLocked,
-                 Selection& iSelection, const Viewport& iViewport)
+    Selection& iSelection, const Viewport& iViewport)
 {
-    GlyphBatch batch;
-    AddTangent(batch, iTangent, iColours, iHover, iLocked, iSelection, iViewport);
+    const Splinor* curve = iTangent.getOwningCurve();
+    if (!curve)
+        return;
+    const bool selected = iSelection.isSelected(iTangent);
+    const Rgb colour = Names(iHover, &iTangent, HitRecord::cTangentHandle)
+        ? Rgb(iColours.getColor(GraphViewColors::cHoverColor))
+        : CurveLook(*curve, iColours).item(selected, iLocked, true);
+    GlyphBatch& batch = GlyphBatch::shared();
+    AddTangent(batch, iTangent, colour, selected, iViewport);
     batch.flush();
 }
 
-void DrawTangentGlyph(const Vector& iBase, const Vector& iDirection, const QColor& iColour, bool iFilled,
-                      const Viewport& iViewport)
+void DrawTangentGlyph(
+    const Vector& iBase, const Vector& iDirection, const QColor& iColour, bool iFilled, const Viewport& iViewport)
 {
     Vector corners[3];
     HandleCorners(iBase, iDirection, iViewport, corners);
-    GlyphBatch batch;
-    batch.handle(corners, iColour, iFilled);
+    GlyphBatch& batch = GlyphBatch::shared();
+    batch.handle(corners, Rgb(iColour), iFilled);
     batch.flush();
 }
 

@@ -3,6 +3,7 @@
 #include "render/GLDrawing.h"
 #include "render/GLException.h"
 #include "render/GLSentries.h"
+#include "render/VertexArrays.h"
 
 #include "splinorlib/Exception.h"
 #include "splinorlib/Rectangle.h"
@@ -11,12 +12,15 @@
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
+#include <QOpenGLFunctions>
 #include <qopengl.h>
 
 #include <array>
 #include <cstdlib>
 #include <list>
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace SL = Ovantis::SplinorLib::v19;
 namespace SE = Ovantis::SplinorEditorQtLib::v22;
@@ -254,6 +258,71 @@ TEST_F(DrawTranslucentRectangle, blends_at_the_given_alpha_inside_the_rectangle_
     EXPECT_TRUE(NearColor(pixel(54, 60), background, 0));
     EXPECT_TRUE(NearColor(pixel(54, 39), background, 0));
     expectStateAsSetUp();
+}
+
+// --- Vertex arrays ----------------------------------------------------------------------------
+
+using VertexArrays = GLCanvas;
+
+// Long enough to be drawn in several pieces, which must join without a gap or a stray line.
+TEST_F(VertexArrays, long_strip_is_unbroken_across_its_draws)
+{
+    // A serpentine of one-pixel steps along rows 2 px apart: every step lights a pixel of its own.
+    // Rows of 110 points put the joints of the draws inside rows.
+    constexpr int cRows = 9;
+    std::vector<SE::PlainVertex> strip;
+    for (int row = 0; row < cRows; ++row)
+        for (int step = 0; step < 110; ++step) {
+            const int x = row % 2 == 0 ? 4 + step : 113 - step;
+            strip.push_back({ GLfloat(x + 0.5), GLfloat(10 + 2 * row + 0.5) });
+        }
+    clear(Qt::black);
+    glColor3f(1.0f, 1.0f, 1.0f);
+
+    SE::DrawLineStrip(strip);
+
+    int dark = 0;
+    for (int row = 0; row < cRows; ++row)
+        for (int x = 6; x < 112; ++x)
+            dark += pixel(x, 10 + 2 * row) != Qt::white;
+    EXPECT_EQ(dark, 0);
+    for (int x = 6; x < 112; ++x)
+        ASSERT_EQ(pixel(x, 11), Qt::black) << "nothing between the rows, at x " << x;
+    EXPECT_FALSE(glIsEnabled(GL_VERTEX_ARRAY));
+}
+
+TEST_F(VertexArrays, coloured_primitives_keep_their_vertices_across_draws_and_a_bound_buffer_is_bypassed)
+{
+    // 200 one-pixel quads, 800 vertices, each quad in a colour of its own.
+    std::vector<SE::ColouredVertex> quads;
+    const auto colourOf = [](int i) { return QColor(i, 255 - i, (i * 7) % 256); };
+    for (int i = 0; i < 200; ++i) {
+        const GLfloat x = GLfloat(4 + (i % 100)), y = GLfloat(20 + 4 * (i / 100));
+        const QColor c = colourOf(i);
+        const SE::ColouredVertex v { 0, 0, GLfloat(c.redF()), GLfloat(c.greenF()), GLfloat(c.blueF()), 1.0f };
+        for (const auto& [dx, dy] : { std::pair { 0, 0 }, { 1, 0 }, { 1, 1 }, { 0, 1 } }) {
+            SE::ColouredVertex corner = v;
+            corner.x = x + GLfloat(dx);
+            corner.y = y + GLfloat(dy);
+            quads.push_back(corner);
+        }
+    }
+    quads.push_back(quads.front()); // a stray vertex, no primitive: left out
+    QOpenGLFunctions& gl = *QOpenGLContext::currentContext()->functions();
+    GLuint buffer = 0;
+    gl.glGenBuffers(1, &buffer);
+    gl.glBindBuffer(GL_ARRAY_BUFFER, buffer);
+    clear(Qt::black);
+
+    SE::DrawColouredVertices(GL_QUADS, quads);
+
+    for (int i = 0; i < 200; ++i)
+        ASSERT_TRUE(NearColor(pixel(4 + (i % 100), 20 + 4 * (i / 100)), colourOf(i), cFlatTolerance)) << "quad " << i;
+    EXPECT_EQ(GetInteger(GL_ARRAY_BUFFER_BINDING), GLint(buffer));
+    EXPECT_FALSE(glIsEnabled(GL_COLOR_ARRAY));
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+    gl.glBindBuffer(GL_ARRAY_BUFFER, 0);
+    gl.glDeleteBuffers(1, &buffer);
 }
 
 } // namespace

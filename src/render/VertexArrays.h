@@ -1,0 +1,40 @@
+#pragma once
+
+#include <qopengl.h>
+
+#include <vector>
+
+namespace Ovantis {
+namespace SplinorEditorQtLib {
+namespace v22 {
+
+/// A position in the current GL coordinates with its colour, as batches of glyphs hold them.
+struct ColouredVertex
+{
+    GLfloat x, y;
+    GLfloat r, g, b, a;
+};
+
+/// A position for a line strip, whose colour is the current one.
+struct PlainVertex
+{
+    GLfloat x, y;
+
+    bool operator==(const PlainVertex& iOther) const { return x == iOther.x && y == iOther.y; }
+};
+
+// Both routines draw from client memory in draws of a few hundred vertices. Mesa's software
+// rasteriser, which draws smoothed lines through a pipeline whose per-flush work grows with the
+// vertices of the whole draw, takes quadratic time on one large draw, and a call per primitive
+// costs more than the primitive; a few hundred vertices a draw sits between. They leave the
+// client array state as they found it.
+
+/// Independent primitives of iMode (GL_LINES, GL_TRIANGLES or GL_QUADS), each vertex coloured.
+void DrawColouredVertices(GLenum iMode, const std::vector<ColouredVertex>& iVertices);
+
+/// A line strip in the current colour; fewer than two points draw nothing.
+void DrawLineStrip(const std::vector<PlainVertex>& iPoints);
+
+} // namespace v22
+} // namespace SplinorEditorQtLib
+} // namespace Ovantis
