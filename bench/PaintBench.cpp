@@ -97,6 +97,14 @@ void PaintFramed1000Selected(benchmark::State& state)
 {
     Paint(state, 1000, 1000.0, true);
 }
+void PaintFramed10000(benchmark::State& state)
+{
+    Paint(state, 10000, 10000.0, false);
+}
+void PaintFramed10000Selected(benchmark::State& state)
+{
+    Paint(state, 10000, 10000.0, true);
+}
 void PaintWindowOf100000(benchmark::State& state)
 {
     Paint(state, 100000, 1000.0, false);
@@ -116,6 +124,8 @@ void PaintSettings(benchmark::internal::Benchmark* ioBenchmark)
 }
 BENCHMARK(PaintFramed1000)->Apply(PaintSettings);
 BENCHMARK(PaintFramed1000Selected)->Apply(PaintSettings);
+BENCHMARK(PaintFramed10000)->Apply(PaintSettings);
+BENCHMARK(PaintFramed10000Selected)->Apply(PaintSettings);
 BENCHMARK(PaintWindowOf100000)->Apply(PaintSettings);
 BENCHMARK(PaintWindowOf100000Selected)->Apply(PaintSettings);
 
