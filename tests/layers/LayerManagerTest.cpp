@@ -1,6 +1,5 @@
 #include "EditorTestUtil.h"
 
-#include <QMouseEvent>
 #include <QSignalSpy>
 #include <QUndoCommand>
 
@@ -11,11 +10,6 @@ using namespace EditorTest;
 namespace {
 
 using Log = std::vector<std::string>;
-
-QMouseEvent MouseMove(int iX, int iY)
-{
-    return QMouseEvent(QEvent::MouseMove, QPointF(iX, iY), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
-}
 
 struct Tree
 {
@@ -34,13 +28,19 @@ struct Tree
         return layer;
     }
     bool send(QEvent& iEvent) { return root->handleEvent(&iEvent, viewport); }
+    bool sendKey()
+    {
+        QEvent event(QEvent::KeyPress);
+        return send(event);
+    }
 };
 
 } // namespace
 
-TEST(LayerManager, draws_from_the_back_and_offers_events_from_the_front)
+TEST(LayerManager, draws_from_the_back_and_offers_events_from_the_front_until_one_consumes)
 {
     Tree tree;
+    tree.push("behind");
     auto back = tree.push("back");
     auto hidden = tree.push("hidden");
     auto deaf = tree.push("deaf");
@@ -49,38 +49,9 @@ TEST(LayerManager, draws_from_the_back_and_offers_events_from_the_front)
     back->onEvent = [](QEvent*, Viewport&) { return true; };
 
     tree.root->draw(tree.viewport);
-    QEvent event(QEvent::KeyPress);
-    const bool consumed = tree.send(event);
+    EXPECT_TRUE(tree.sendKey());
 
-    EXPECT_TRUE(consumed);
-    EXPECT_EQ(tree.log, (Log{"draw back", "draw deaf", "event hidden", "event back"}));
-}
-
-TEST(LayerManager, the_first_layer_that_consumes_ends_the_walk)
-{
-    Tree tree;
-    tree.push("behind");
-    auto front = tree.push("front");
-    front->onEvent = [](QEvent*, Viewport&) { return true; };
-
-    QEvent event(QEvent::KeyPress);
-    tree.send(event);
-
-    EXPECT_EQ(tree.log, (Log{"event front"}));
-}
-
-TEST(LayerManager, an_empty_manager_draws_nothing_consumes_nothing_and_records_moves)
-{
-    Tree tree;
-    QMouseEvent press(QEvent::MouseButtonPress, QPointF(1, 1), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
-    QMouseEvent move = MouseMove(12, 34);
-
-    EXPECT_EQ(tree.root->getLastMousePoint(), Vector2D<double>(0, 0));
-    EXPECT_FALSE(tree.send(move));
-    EXPECT_FALSE(tree.send(press));
-
-    EXPECT_EQ(tree.user->getLastMousePoint(), Vector2D<double>(12, 34));
-    EXPECT_EQ(tree.root->getLastMousePoint(), Vector2D<double>(12, 34)) << "each manager on the way down";
+    EXPECT_EQ(tree.log, (Log { "draw behind", "draw back", "draw deaf", "event hidden", "event back" }));
 }
 
 TEST(LayerManager, a_layer_that_removes_itself_runs_on_and_dies_after_the_walk)
@@ -99,55 +70,42 @@ TEST(LayerManager, a_layer_that_removes_itself_runs_on_and_dies_after_the_walk)
     std::weak_ptr<ScriptedLayer> watch = tool;
     tool.reset();
 
-    QEvent event(QEvent::KeyPress);
-    tree.send(event);
+    tree.sendKey();
 
     EXPECT_EQ(countDuringWalk, 1u);
-    EXPECT_EQ(tree.log, (Log{"event tool", "still here", "event next", "~tool"}));
+    EXPECT_EQ(tree.log, (Log { "event tool", "still here", "event next", "~tool" }));
     EXPECT_TRUE(watch.expired());
 }
 
-TEST(LayerManager, a_layer_pushed_during_a_walk_sees_the_next_event)
+// Pushed during a walk, a layer is met from the next walk on; removed and pushed back, it is
+// there once, in front.
+TEST(LayerManager, layers_pushed_during_a_walk_see_the_next_event_once)
 {
     Tree tree;
+    auto layer = tree.push("layer");
     auto starter = tree.push("starter");
-    std::shared_ptr<ScriptedLayer> tool;
+    bool first = true;
     starter->onEvent = [&](QEvent*, Viewport&) {
-        if (!tool) {
-            tool = Make<ScriptedLayer>("tool", &tree.log);
-            tree.user->pushLayer(tool);
+        if (first)
+            tree.user->pushLayer(Make<ScriptedLayer>("tool", &tree.log));
+        return false;
+    };
+    layer->onEvent = [&](QEvent*, Viewport&) {
+        if (first) {
+            tree.user->removeLayer(layer);
+            EXPECT_EQ(layer->getManager(), nullptr);
+            tree.user->pushLayer(layer);
         }
         return false;
     };
 
-    QEvent first(QEvent::KeyPress);
-    QEvent second(QEvent::KeyPress);
-    tree.send(first);
-    tree.send(second);
+    tree.sendKey();
+    first = false;
+    tree.sendKey();
 
-    EXPECT_EQ(tree.log, (Log{"event starter", "event tool", "event starter"}));
-}
-
-TEST(LayerManager, removing_and_pushing_back_in_one_walk_leaves_one_entry)
-{
-    Tree tree;
-    auto layer = tree.push("layer");
-    layer->onEvent = [&](QEvent*, Viewport&) {
-        tree.user->removeLayer(layer);
-        EXPECT_EQ(layer->getManager(), nullptr);
-        tree.user->pushLayer(layer);
-        return false;
-    };
-
-    QEvent event(QEvent::KeyPress);
-    tree.send(event);
-    layer->onEvent = nullptr;
-    tree.log.clear();
-    tree.send(event);
-
-    EXPECT_EQ(tree.user->numChildren(), 1u);
+    EXPECT_EQ(tree.user->numChildren(), 3u);
     EXPECT_EQ(layer->getManager(), tree.user);
-    EXPECT_EQ(tree.log, (Log{"event layer"}));
+    EXPECT_EQ(tree.log, (Log { "event starter", "event layer", "event layer", "event tool", "event starter" }));
 }
 
 TEST(LayerManager, an_entry_erased_in_a_nested_walk_stays_until_the_outer_walk_ends)
@@ -172,55 +130,62 @@ TEST(LayerManager, an_entry_erased_in_a_nested_walk_stays_until_the_outer_walk_e
     std::weak_ptr<ScriptedLayer> watch = victim;
     victim.reset();
 
-    QEvent event(QEvent::KeyPress);
-    tree.send(event);
+    tree.sendKey();
 
     // The outer walk passes over the entry the inner walk erased, and the flush comes last.
-    EXPECT_EQ(tree.log, (Log{"event sender", "event sender", "event victim", "inner done", "~victim"}));
+    EXPECT_EQ(tree.log, (Log { "event sender", "event sender", "event victim", "inner done", "~victim" }));
     EXPECT_TRUE(watch.expired());
 }
 
 TEST(LayerManager, insert_places_a_layer_directly_behind_its_reference)
 {
     Tree tree;
-    auto back = tree.push("back");
+    tree.push("back");
     auto front = tree.push("front");
     auto middle = Make<ScriptedLayer>("middle", &tree.log);
 
     tree.user->insertLayer(middle, front);
-    QEvent event(QEvent::KeyPress);
-    tree.send(event);
+    tree.sendKey();
 
-    EXPECT_EQ(tree.log, (Log{"event front", "event middle", "event back"}));
-    EXPECT_EQ(middle->getManager(), tree.user);
+    EXPECT_EQ(tree.log, (Log { "event front", "event middle", "event back" }));
+    EXPECT_EQ(middle->getManager(), tree.user) << "or it could never remove itself";
 }
 
-TEST(LayerManager, find_layer_searches_depth_first_from_the_manager_down)
+TEST(LayerManager, find_layer_searches_depth_first_from_the_manager_down_and_get_root_layer_climbs_to_the_top)
 {
     Tree tree;
     auto nested = Make<LayerManager>("Nested");
     tree.user->pushLayer(nested);
     auto deep = Make<ScriptedLayer>("Curve Layer", nullptr);
     nested->pushLayer(deep);
+    auto looseManager = Make<LayerManager>();
 
     EXPECT_EQ(tree.root->findLayer("Curve Layer"), deep);
     EXPECT_EQ(tree.root->findLayer("Root Layer"), tree.root);
     EXPECT_EQ(tree.user->findLayer("Root Layer"), nullptr) << "no search upward";
     EXPECT_EQ(tree.user->findLayer(""), tree.user);
     EXPECT_EQ(tree.root->findLayer("curve layer"), nullptr);
+    EXPECT_EQ(GetRootLayer(deep), tree.root);
+    EXPECT_EQ(GetRootLayer(tree.root), tree.root);
+    EXPECT_EQ(GetRootLayer(Make<ScriptedLayer>("loose", nullptr)), nullptr);
+    EXPECT_EQ(GetRootLayer(looseManager), looseManager);
 }
 
-TEST(LayerManager, changes_and_commands_climb_to_the_root)
+TEST(LayerManager, real_changes_and_commands_climb_to_the_root)
 {
     Tree tree;
     auto layer = tree.push("layer");
     QSignalSpy changes(tree.root.get(), SIGNAL(notifyLayerChanged()));
     std::vector<QUndoCommand*> commands;
-    QObject::connect(tree.root.get(), &LayerManager::undoCommandGenerated,
-                     [&](QUndoCommand* iCmd) { commands.push_back(iCmd); });
+    QObject::connect(
+        tree.root.get(), &LayerManager::undoCommandGenerated, [&](QUndoCommand* iCmd) { commands.push_back(iCmd); });
 
+    // A setter that changes nothing, or the removal of a stranger, must not cause a repaint.
+    auto stranger = Make<ScriptedLayer>("stranger", nullptr);
     layer->setVisible(true);
-    EXPECT_EQ(changes.count(), 0) << "a setter that changes nothing says nothing";
+    tree.user->removeLayer(stranger);
+    stranger->removeFromManager(); // it has none
+    EXPECT_EQ(changes.count(), 0);
     layer->setVisible(false);
     layer->setInteractive(false);
     EXPECT_EQ(changes.count(), 2);
@@ -228,31 +193,5 @@ TEST(LayerManager, changes_and_commands_climb_to_the_root)
     QUndoCommand command("Edit");
     layer->getManager()->handleUndoCommand(nullptr);
     layer->getManager()->handleUndoCommand(&command);
-    EXPECT_EQ(commands, (std::vector<QUndoCommand*>{&command}));
-}
-
-TEST(LayerManager, removing_what_is_not_a_child_does_nothing)
-{
-    Tree tree;
-    auto stranger = Make<ScriptedLayer>("stranger", nullptr);
-    QSignalSpy changes(tree.user.get(), SIGNAL(notifyLayerChanged()));
-
-    tree.user->removeLayer(stranger);
-    stranger->removeFromManager();
-
-    EXPECT_EQ(changes.count(), 0);
-    EXPECT_EQ(tree.user->numChildren(), 0u);
-}
-
-TEST(GetRootLayer, climbs_to_the_top_manager)
-{
-    Tree tree;
-    auto layer = tree.push("layer");
-    auto loose = Make<ScriptedLayer>("loose", nullptr);
-    auto looseManager = Make<LayerManager>();
-
-    EXPECT_EQ(GetRootLayer(layer), tree.root);
-    EXPECT_EQ(GetRootLayer(tree.root), tree.root);
-    EXPECT_EQ(GetRootLayer(loose), nullptr);
-    EXPECT_EQ(GetRootLayer(looseManager), looseManager);
+    EXPECT_EQ(commands, (std::vector<QUndoCommand*> { &command }));
 }

@@ -1,33 +1,40 @@
 #include "widget/WidgetHarness.h"
 
-#include <QEvent>
+#include <gtest/gtest.h>
 
 #include <limits>
-
-#include <gtest/gtest.h>
 
 using namespace EditorTest;
 
 namespace {
 
-using Rect = Viewport::Rectangle;
-
-struct Label
-{
-    int x;
-    int y;
-    std::string text;
-};
-
 /// Records the labels a grid asks for while it draws.
 struct LabelRecorder
 {
-    explicit LabelRecorder(Layer& iLayer)
+    struct Label
     {
-        QObject::connect(&iLayer, &Layer::requestDrawText, [this](int iX, int iY, const QString& iText, const QColor&) {
-            labels.push_back({iX, iY, iText.toStdString()});
-        });
+        int x;
+        int y;
+        std::string text;
+    };
+
+    explicit LabelRecorder(ShownWidget& iShown)
+        : shown(iShown)
+    {
+        QObject::connect(shown.widget->getRootLayer()->findLayer("Grid Layer").get(), &Layer::requestDrawText,
+            [this](int iX, int iY, const QString& iText, const QColor&) {
+                labels.push_back({ iX, iY, iText.toStdString() });
+            });
     }
+    /// The labels of one paint alone, with the bounds given.
+    void paint(const Rect& iBounds)
+    {
+        shown.widget->getViewport()->setWorldBounds(iBounds);
+        shown.grab();
+        labels.clear();
+        shown.widget->grabFramebuffer();
+    }
+    /// Those along the bottom (x values), or those in the left column (y values), which stand at x = 2.
     std::vector<std::string> texts(bool iAlongX) const
     {
         std::vector<std::string> result;
@@ -36,78 +43,56 @@ struct LabelRecorder
                 result.push_back(label.text);
         return result;
     }
+
+    ShownWidget& shown;
     std::vector<Label> labels;
 };
 
-bool IsColour(const QColor& iPixel, int iGrey)
+bool IsGrey(const QColor& iPixel, int iGrey)
 {
-    return iPixel.red() == iGrey && iPixel.green() == iGrey && iPixel.blue() == iGrey;
+    return iPixel == QColor(iGrey, iGrey, iGrey);
 }
 
 } // namespace
 
-TEST(GridLayer, thins_its_labels_to_what_fits_and_drops_needless_decimals)
+TEST(GridLayer, thins_its_labels_to_what_fits_and_draws_coarse_lines_in_the_grid_colour_and_fine_ones_faded)
 {
     ShownWidget shown(800, 600);
-    auto grid = shown.widget->getRootLayer()->findLayer("Grid Layer");
-    ASSERT_NE(grid, nullptr);
-    LabelRecorder recorder(*grid);
-    // One unit is 8 pixels on x and a tenth is 6 pixels on y: fine lines at 1 and 0.1.
-    shown.widget->getViewport()->setWorldBounds(Rect(0, 0, 100, 10));
-    shown.grab();
-    recorder.labels.clear();
+    LabelRecorder recorder(shown);
 
-    shown.widget->grabFramebuffer(); // one paint, recorded alone
+    // One unit is 8 pixels on x and a tenth is 6 pixels on y: fine lines at 1 and 0.1.
+    recorder.paint(Rect(0, 0, 100, 10));
 
     // Three-digit labels do not fit 8 pixels apart, so they stand ten units apart; on y the
     // label strip is taller than a tenth, so they stand one unit apart, with no decimals left.
-    EXPECT_EQ(recorder.texts(true), (std::vector<std::string>{"10", "20", "30", "40", "50", "60", "70", "80", "90"}));
-    EXPECT_EQ(recorder.texts(false), (std::vector<std::string>{"1", "2", "3", "4", "5", "6", "7", "8", "9"}));
-    const Label& ten = recorder.labels.front();
-    EXPECT_NEAR(ten.x, 80 - QFontMetrics(shown.widget->getFont()).horizontalAdvance("10") / 2, 1) << "centred under its line";
+    EXPECT_EQ(
+        recorder.texts(true), (std::vector<std::string> { "10", "20", "30", "40", "50", "60", "70", "80", "90" }));
+    EXPECT_EQ(recorder.texts(false), (std::vector<std::string> { "1", "2", "3", "4", "5", "6", "7", "8", "9" }));
+    const LabelRecorder::Label ten = recorder.labels.front();
+    EXPECT_NEAR(ten.x, 80 - QFontMetrics(shown.widget->getFont()).horizontalAdvance("10") / 2, 1)
+        << "centred under its line";
     EXPECT_EQ(ten.y, 598);
 
-    // And the text is there on screen, in the grid colour lightened, above its baseline.
+    // The text is there on screen, in the grid colour lightened, above its baseline.
     const QImage image = shown.widget->grabFramebuffer();
-    int lit = 0;
-    for (int y = ten.y - 10; y < ten.y; ++y)
-        for (int x = ten.x; x < ten.x + 12; ++x)
-            lit += image.pixelColor(x, y).lightness() > 100;
-    EXPECT_GT(lit, 5);
-}
-
-TEST(GridLayer, shows_decimals_for_fine_spacings_and_a_sign_for_negative_values)
-{
-    ShownWidget shown(800, 600);
-    auto grid = shown.widget->getRootLayer()->findLayer("Grid Layer");
-    LabelRecorder recorder(*grid);
-    shown.widget->getViewport()->setWorldBounds(Rect(-0.5, -0.5, 1, 100));
-    shown.grab();
-    recorder.labels.clear();
-
-    shown.widget->grabFramebuffer();
-
-    const std::vector<std::string> x = recorder.texts(true);
-    ASSERT_FALSE(x.empty());
-    EXPECT_EQ(x.front().find('-'), 0u);
-    EXPECT_EQ(x.front().size(), std::string("-0.40").size()) << "two decimals, never one";
-}
-
-TEST(GridLayer, draws_coarse_lines_in_the_grid_colour_and_fine_ones_faded)
-{
-    ShownWidget shown(800, 600);
-    shown.widget->getViewport()->setWorldBounds(Rect(0, 0, 100, 10));
-
-    const QImage image = shown.grab();
+    EXPECT_GT(CountLit(image, QRect(ten.x, ten.y - 10, 12, 10), 100), 5);
 
     // Row 303 lies between horizontal lines (every 6 pixels). A coarse vertical line stands at
     // x = 20, window 160; a fine one at x = 19, window 152; window 164 is bare background.
     const int row = 303;
-    EXPECT_TRUE(IsColour(image.pixelColor(160, row), 81) || IsColour(image.pixelColor(159, row), 81));
-    EXPECT_TRUE(IsColour(image.pixelColor(164, row), 46));
+    EXPECT_TRUE(IsGrey(image.pixelColor(160, row), 81) || IsGrey(image.pixelColor(159, row), 81));
+    EXPECT_TRUE(IsGrey(image.pixelColor(164, row), 46));
     // Lines 8 pixels apart fade 0.306 of the way from the background to the grid colour.
-    const QColor fine = IsColour(image.pixelColor(152, row), 46) ? image.pixelColor(151, row) : image.pixelColor(152, row);
-    EXPECT_TRUE(IsColour(fine, 56)) << fine.red();
+    const QColor fine
+        = IsGrey(image.pixelColor(152, row), 46) ? image.pixelColor(151, row) : image.pixelColor(152, row);
+    EXPECT_TRUE(IsGrey(fine, 56)) << fine.red();
+
+    // Fine spacings keep their decimals, two and never one, and negative values their sign.
+    recorder.paint(Rect(-0.5, -0.5, 1, 100));
+    const std::vector<std::string> x = recorder.texts(true);
+    ASSERT_FALSE(x.empty());
+    EXPECT_EQ(x.front().find('-'), 0u);
+    EXPECT_EQ(x.front().size(), std::string("-0.40").size());
 }
 
 TEST(GridLayer, draws_an_axis_only_where_zero_is_in_view)
@@ -122,7 +107,7 @@ TEST(GridLayer, draws_an_axis_only_where_zero_is_in_view)
     // The vertical axis is two pixels wide at window x 200, in the grid colour.
     const int row = 123; // clear of horizontal lines
     auto axisAt = [&](const QImage& image) {
-        return IsColour(image.pixelColor(199, row), 81) && IsColour(image.pixelColor(200, row), 81);
+        return IsGrey(image.pixelColor(199, row), 81) && IsGrey(image.pixelColor(200, row), 81);
     };
     EXPECT_TRUE(axisAt(centred));
     EXPECT_FALSE(axisAt(away));
@@ -132,28 +117,23 @@ TEST(GridLayer, a_view_of_no_size_draws_no_grid_and_one_beyond_double_precision_
 {
     ShownWidget shown(300, 200);
     Viewport& viewport = *shown.widget->getViewport();
-    auto grid = shown.widget->getRootLayer()->findLayer("Grid Layer");
-    LabelRecorder recorder(*grid);
+    LabelRecorder recorder(shown);
 
     const double infinity = std::numeric_limits<double>::infinity();
-    for (const Rect& bounds : {Rect(5, 5, 0, 0), Rect(-infinity, 0, infinity, infinity)}) {
+    for (const Rect& bounds : { Rect(5, 5, 0, 0), Rect(-infinity, 0, infinity, infinity) }) {
         viewport.setWorldBounds(bounds);
         EXPECT_EQ(shown.grab().pixelColor(150, 100), QColor(46, 46, 46));
     }
     EXPECT_TRUE(recorder.labels.empty());
 
     // An axis turned inside out has no grid; the other axis keeps its own.
-    viewport.setWorldBounds(Rect(0, 0, -10, 2));
-    shown.grab();
+    recorder.paint(Rect(0, 0, -10, 2));
     EXPECT_TRUE(recorder.texts(true).empty());
     EXPECT_FALSE(recorder.texts(false).empty());
 
     // Spacings below the precision of a position a million units out: the walk of lines and
     // labels stops instead of adding nothing for ever.
-    viewport.setWorldBounds(Rect(1e6, 0.5, 1e-12, 1e-12));
-    shown.grab();
-    recorder.labels.clear();
-    shown.widget->grabFramebuffer();
+    recorder.paint(Rect(1e6, 0.5, 1e-12, 1e-12));
     EXPECT_LT(recorder.labels.size(), 20u);
 }
 

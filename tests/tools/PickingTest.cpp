@@ -1,50 +1,39 @@
 #include "EditorTestUtil.h"
 
-#include "tools/Picking.h"
-
 #include <gtest/gtest.h>
 
 #include <initializer_list>
-#include <type_traits>
 
 using namespace EditorTest;
 
 namespace {
 
-using V = Vector2D<double>;
-using R = Rectangle<double>;
-
 /// A 400 x 300 window on x 0..40, y -5..5: 10 pixels per unit in x, 30 in y, and y = 0 on
-/// window row 150.
+/// window row 150. Curves are Bezier, so that their keys have tangents.
 struct Scene
 {
-    Viewport viewport { R(0, 0, 400, 300), R(0, -5, 40, 10) };
+    Viewport viewport { Rect(0, 0, 400, 300), Rect(0, -5, 40, 10) };
     std::shared_ptr<SplinorContainer> container = SplinorContainer::create();
     std::shared_ptr<Selection> selection = std::make_shared<Selection>(container);
 
     std::shared_ptr<Splinor> addCurve(std::initializer_list<V> iKeys)
     {
-        std::shared_ptr<Splinor> curve = Splinor::create();
-        for (const V& key : iKeys)
-            curve->insertSegment(Keyframe(key.x, key.y), Bezier::create());
+        std::shared_ptr<Splinor> curve = MakeCurve(iKeys, true);
         container->addCurve(curve);
         return curve;
     }
-
     HitRecord pick(const V& iPoint)
     {
         HitRecord hit;
         PickPoint(*container, *selection, viewport, iPoint, hit);
         return hit;
     }
-
-    HitSet pickRegion(const R& iRegion)
+    HitSet pickRegion(const Rect& iRegion)
     {
         HitSet hits;
         PickRegion(*container, *selection, viewport, iRegion, hits);
         return hits;
     }
-
     V window(const Keyframe& iKey) const { return viewport.worldToWindow(iKey.get()); }
 };
 
@@ -73,8 +62,7 @@ TEST(PickPoint, selected_curve_prefers_handle_key_segment_tangent_line_and_unsel
     struct Case
     {
         const char* name;
-        bool curveSelected;
-        bool keySelected;
+        bool curveSelected, keySelected;
         void (*shapeOutTangent)(Tangent&);
         V offset;
         int type;
@@ -111,55 +99,25 @@ TEST(PickPoint, selected_curve_prefers_handle_key_segment_tangent_line_and_unsel
     }
 }
 
-TEST(PickPoint, selected_curves_come_first_then_the_container_order_decides)
+// A at (96, 150); B and C at (100, 240) and (106, 240). At (102, 150) the pointer is over B's
+// segment, so A is no candidate although it lies 6 pixels away.
+TEST(PickPoint, selected_curves_come_first_and_only_the_keys_of_the_segment_under_the_pointer_compete)
 {
     Scene scene;
     std::shared_ptr<Splinor> first = scene.addCurve({ { 10, 0 }, { 30, 0 } });
     std::shared_ptr<Splinor> second = scene.addCurve({ { 10, 0 }, { 30, 0 } });
-
-    const HitRecord noneSelected = scene.pick({ 200, 150 });
+    EXPECT_EQ(scene.pick({ 200, 150 }), HitRecord(first)) << "the container order decides";
     scene.selection->select(*second);
-    const HitRecord secondSelected = scene.pick({ 200, 150 });
+    EXPECT_EQ(scene.pick({ 200, 150 }), HitRecord(SegmentAt(*second, 20).getShared()));
     scene.selection->select(*first);
-    const HitRecord bothSelected = scene.pick({ 100, 150 });
+    EXPECT_EQ(scene.pick({ 100, 150 }), HitRecord(KeyAt(*first, 10).getShared()));
 
-    EXPECT_EQ(noneSelected, HitRecord(first));
-    EXPECT_EQ(secondSelected, HitRecord(SegmentAt(*second, 20).getShared()));
-    EXPECT_EQ(bothSelected, HitRecord(KeyAt(*first, 10).getShared()));
-}
-
-// A at (96, 150); B and C at (100, 240) and (106, 240). At (102, 150) the pointer is over B's
-// segment, so A is no candidate although it lies 6 pixels away.
-TEST(PickPoint, only_the_two_keys_of_the_segment_under_the_pointer_compete_and_the_left_wins)
-{
-    Scene scene;
-    std::shared_ptr<Splinor> curve = scene.addCurve({ { 9.6, 0 }, { 10, -3 }, { 10.6, -3 }, { 30, 0 } });
-    scene.selection->select(*curve);
-
-    const HitRecord besideA = scene.pick({ 102, 150 });
-    const HitRecord overAsOwnSegment = scene.pick({ 95, 150 });
-    const HitRecord betweenBAndC = scene.pick({ 103, 240 });
-
-    EXPECT_TRUE(besideA.isEmpty());
-    EXPECT_EQ(overAsOwnSegment.getItem(), &KeyAt(*curve, 9.6));
-    EXPECT_EQ(betweenBAndC.getItem(), &KeyAt(*curve, 10));
-}
-
-// The curve runs along the bottom row from x = 200 to the right edge.
-TEST(PickPoint, right_and_bottom_window_edges_are_outside)
-{
-    Scene scene;
-    std::shared_ptr<Splinor> curve = scene.addCurve({ { 10, 0 }, { 20, -5 } });
-    scene.selection->select(*curve);
-    HitRecord untouched(curve);
-
-    const bool onBottomEdge = PickPoint(*scene.container, *scene.selection, scene.viewport, { 300, 300 }, untouched);
-
-    EXPECT_EQ(scene.pick({ 300, 299.5 }).getType(), HitRecord::cSegment);
-    EXPECT_EQ(scene.pick({ 399.5, 299.5 }).getType(), HitRecord::cSegment);
-    EXPECT_TRUE(scene.pick({ 400, 299.5 }).isEmpty());
-    EXPECT_FALSE(onBottomEdge);
-    EXPECT_EQ(untouched, HitRecord(curve));
+    Scene keys;
+    std::shared_ptr<Splinor> curve = keys.addCurve({ { 9.6, 0 }, { 10, -3 }, { 10.6, -3 }, { 30, 0 } });
+    keys.selection->select(*curve);
+    EXPECT_TRUE(keys.pick({ 102, 150 }).isEmpty());
+    EXPECT_EQ(keys.pick({ 95, 150 }).getItem(), &KeyAt(*curve, 9.6));
+    EXPECT_EQ(keys.pick({ 103, 240 }).getItem(), &KeyAt(*curve, 10)) << "the left key wins a tie";
 }
 
 // Keys at window x 100 and 300. Selecting the segment between them shows its two tangents and
@@ -238,16 +196,21 @@ TEST(IsTangentVisible, follows_the_selection_of_its_neighbourhood)
     }
 }
 
-// Nothing is selected: a region pick counts every tangent. The region's left and top edges run
-// through the keys at 20, so the walk starts at the segment after them; the tangents of the keys
-// at 10 and 30 end at least 23 pixels away from it.
-TEST(PickRegion, region_from_a_key_picks_it_with_its_segment_tangents_and_curve_on_every_curve)
+// Nothing is selected: a region pick counts every tangent. The first region's left and top edges
+// run through the keys at 20, so the walk starts at the segment after them; the tangents of the
+// keys at 10 and 30 end at least 23 pixels away from it. The second region holds only the true end
+// of a Fixed unweighted tangent of (3.33, 1), at window (233.3, 120), 45 pixels from its key and
+// beyond its 24-pixel line and its handle; the curves stay below row 137.
+TEST(PickRegion, picks_keys_with_their_segment_tangents_and_curve_on_every_curve_and_tangents_by_their_true_end)
 {
     Scene scene;
     const std::shared_ptr<Splinor> curves[]
         = { scene.addCurve({ { 10, 0 }, { 20, 0 }, { 30, 0 } }), scene.addCurve({ { 10, 0 }, { 20, 0 }, { 30, 0 } }) };
+    Tangent& out = *KeyAt(*curves[0], 20).getOutTangent();
+    out.set(1.0, 0.3);
 
-    const HitSet hits = scene.pickRegion(R(200, 150, 10, 10));
+    const HitSet hits = scene.pickRegion(Rect(200, 150, 10, 10));
+    const HitSet end = scene.pickRegion(Rect(228, 116, 8, 8));
 
     HitSet expected;
     for (const std::shared_ptr<Splinor>& curve : curves) {
@@ -256,38 +219,31 @@ TEST(PickRegion, region_from_a_key_picks_it_with_its_segment_tangents_and_curve_
             HitRecord(key.getInTangent()->getShared(), true), HitRecord(key.getOutTangent()->getShared(), true) });
     }
     EXPECT_TRUE(hits == expected) << hits.size() << " records";
+    ASSERT_EQ(end.size(), 1u);
+    EXPECT_EQ(end.begin()->getItem(), &out);
 }
 
-// A Fixed unweighted tangent of (3.33, 1) ends at window (233.3, 120), 45 pixels from its key,
-// beyond its 24-pixel line and its handle; the curve stays below row 137.
-TEST(PickRegion, tangent_counts_by_its_true_end)
+// The curve runs along the bottom row from x = 200 to the right edge, which, like the bottom
+// one, is outside the window: a point there leaves the record as it came.
+TEST(Picking, nothing_is_picked_beyond_the_right_and_bottom_edges_or_on_an_invisible_curve)
 {
     Scene scene;
-    std::shared_ptr<Splinor> curve = scene.addCurve({ { 10, 0 }, { 20, 0 }, { 30, 0 } });
-    Tangent& out = *KeyAt(*curve, 20).getOutTangent();
-    out.set(1.0, 0.3);
-
-    const HitSet hits = scene.pickRegion(R(228, 116, 8, 8));
-
-    ASSERT_EQ(hits.size(), 1u);
-    EXPECT_EQ(hits.begin()->getItem(), &out);
-}
-
-TEST(PickRegion, gives_nothing_beside_the_window_or_for_an_invisible_curve)
-{
-    Scene scene;
-    std::shared_ptr<Splinor> curve = scene.addCurve({ { 10, 0 }, { 39.9, 0 } });
+    std::shared_ptr<Splinor> curve = scene.addCurve({ { 10, 0 }, { 20, -5 } });
+    scene.selection->select(*curve);
+    HitRecord untouched(curve);
     HitSet hits { HitRecord(curve) };
 
-    const bool besideWindow = PickRegion(*scene.container, *scene.selection, scene.viewport, R(400, 0, 50, 300), hits);
-    const bool emptied = hits.empty();
-    SetVisible(*curve, false);
-    scene.selection->select(*curve);
+    EXPECT_FALSE(PickPoint(*scene.container, *scene.selection, scene.viewport, { 300, 300 }, untouched));
+    EXPECT_EQ(untouched, HitRecord(curve));
+    EXPECT_EQ(scene.pick({ 300, 299.5 }).getType(), HitRecord::cSegment);
+    EXPECT_EQ(scene.pick({ 399.5, 299.5 }).getType(), HitRecord::cSegment);
+    EXPECT_TRUE(scene.pick({ 400, 299.5 }).isEmpty());
+    EXPECT_FALSE(PickRegion(*scene.container, *scene.selection, scene.viewport, Rect(400, 0, 50, 300), hits));
+    EXPECT_TRUE(hits.empty()) << "cleared first";
 
-    EXPECT_FALSE(besideWindow);
-    EXPECT_TRUE(emptied);
-    EXPECT_TRUE(scene.pickRegion(R(0, 0, 400, 300)).empty());
-    EXPECT_TRUE(scene.pick({ 100, 150 }).isEmpty());
+    SetVisible(*curve, false);
+    EXPECT_TRUE(scene.pickRegion(Rect(0, 0, 400, 300)).empty());
+    EXPECT_TRUE(scene.pick({ 300, 299.5 }).isEmpty());
 }
 
 TEST(LineTouchesRectangle, touches_by_an_end_inside_or_an_edge_crossed)
@@ -295,8 +251,7 @@ TEST(LineTouchesRectangle, touches_by_an_end_inside_or_an_edge_crossed)
     struct Case
     {
         const char* name;
-        V a;
-        V b;
+        V a, b;
         bool touches;
     };
     const Case cases[] = {
@@ -307,22 +262,11 @@ TEST(LineTouchesRectangle, touches_by_an_end_inside_or_an_edge_crossed)
         { "point on the right edge", { 100, 50 }, { 100, 50 }, false },
     };
     for (const Case& c : cases)
-        EXPECT_EQ(LineTouchesRectangle(c.a, c.b, R(0, 0, 100, 100)), c.touches) << c.name;
+        EXPECT_EQ(LineTouchesRectangle(c.a, c.b, Rect(0, 0, 100, 100)), c.touches) << c.name;
 }
 
-TEST(DistanceToLineSquared, clamps_to_the_nearer_end_and_takes_a_zero_length_line_as_its_point)
-{
-    static_assert(std::is_same<decltype(DistanceToLineSquared(V(), V(), V())), float>::value, "single precision");
-
-    // Off either end the perpendicular distance would be 16; the distance to the end is 25.
-    EXPECT_FLOAT_EQ(DistanceToLineSquared({ -3, 4 }, { 0, 0 }, { 10, 0 }), 25.0f);
-    EXPECT_FLOAT_EQ(DistanceToLineSquared({ 13, 4 }, { 0, 0 }, { 10, 0 }), 25.0f);
-    EXPECT_FLOAT_EQ(DistanceToLineSquared({ 5, 4 }, { 0, 0 }, { 10, 0 }), 16.0f);
-    EXPECT_FLOAT_EQ(DistanceToLineSquared({ 5, 6 }, { 2, 2 }, { 2, 2 }), 25.0f);
-}
-
-// With a tolerance of 5 both points below are 5 away; the box of the piece is half open.
-TEST(IsNearPolyline, needs_two_points_and_a_half_open_box)
+// With a tolerance of 5 both polyline points below are 5 away; the box of a piece is half open.
+TEST(IsNearPolyline, needs_two_points_and_a_half_open_box_and_measures_to_the_nearer_end)
 {
     const std::vector<V> piece { { 0, 0 }, { 10, 0 } };
 
@@ -330,6 +274,11 @@ TEST(IsNearPolyline, needs_two_points_and_a_half_open_box)
     EXPECT_FALSE(IsNearPolyline({ 0, 0 }, { { 0, 0 } }, 5.0));
     EXPECT_TRUE(IsNearPolyline({ -5, 0 }, piece, 5.0));
     EXPECT_FALSE(IsNearPolyline({ 15, 0 }, piece, 5.0));
+    // Off either end the perpendicular distance would be 16; the distance to the end is 25.
+    EXPECT_FLOAT_EQ(DistanceToLineSquared({ -3, 4 }, { 0, 0 }, { 10, 0 }), 25.0f);
+    EXPECT_FLOAT_EQ(DistanceToLineSquared({ 13, 4 }, { 0, 0 }, { 10, 0 }), 25.0f);
+    EXPECT_FLOAT_EQ(DistanceToLineSquared({ 5, 4 }, { 0, 0 }, { 10, 0 }), 16.0f);
+    EXPECT_FLOAT_EQ(DistanceToLineSquared({ 5, 6 }, { 2, 2 }, { 2, 2 }), 25.0f) << "a line of no length is its point";
 }
 
 // 0.3 * 400 / 0.3 is 400 in double; with the widths narrowed to floats it falls just short.
@@ -339,9 +288,7 @@ TEST(SampleSegment, takes_one_sample_per_visible_pixel_and_at_least_two)
     {
         const char* name;
         std::initializer_list<V> keys;
-        double segmentX;
-        double worldX;
-        double worldWidth;
+        double segmentX, worldX, worldWidth;
         SampleSpan span;
     };
     const Case cases[] = {
@@ -355,7 +302,7 @@ TEST(SampleSegment, takes_one_sample_per_visible_pixel_and_at_least_two)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         Scene scene;
-        scene.viewport.setWorldBounds(R(c.worldX, -5, c.worldWidth, 10));
+        scene.viewport.setWorldBounds(Rect(c.worldX, -5, c.worldWidth, 10));
         Segment& segment = SegmentAt(*scene.addCurve(c.keys), c.segmentX);
         std::vector<V> points { { 1, 1 } };
 
