@@ -1,6 +1,7 @@
 #include "render/CurveGlyphs.h"
 
 #include "render/CurveColors.h"
+#include "render/DeferredCurveDrawing.h"
 #include "render/GraphViewColors.h"
 #include "render/VertexArrays.h"
 #include "tools/Picking.h"
@@ -34,7 +35,6 @@ using Vector = SplinorLib::v19::Vector2D<double>;
 namespace {
 
 // The look, in pixels unless said otherwise.
-constexpr float cLineWidth = 1.0f;
 constexpr double cKeyHalfWidth = 2.2;
 constexpr double cDiamondFactor = 1.414; // a square's half width to a diamond's half diagonal
 constexpr double cFixedTangentLength = 24.0; // an unweighted Fixed tangent's line on screen
@@ -44,11 +44,6 @@ constexpr float cTangentLineAlpha = 0.5f;
 constexpr double cZeroTangentOffset = 0.0001; // curve units: a direction for a tangent of no length
 // Tangents reach at most this far beyond the segments in view on screen, unless weighted.
 constexpr double cTangentReach = 40.0;
-
-void SetColour(const QColor& iColour)
-{
-    glColor3f(GLfloat(iColour.redF()), GLfloat(iColour.greenF()), GLfloat(iColour.blueF()));
-}
 
 /// A colour as GL takes it, converted once rather than for each vertex.
 struct Rgb
@@ -74,7 +69,7 @@ public:
     static GlyphBatch& shared()
     {
         static GlyphBatch batch;
-        batch.clear();
+        batch.mArrays.clear();
         return batch;
     }
 
@@ -90,38 +85,28 @@ public:
         const double y = iPosition.y;
         const Vector square[4] = { { x - hx, y - hy }, { x - hx, y + hy }, { x + hx, y + hy }, { x + hx, y - hy } };
         const Vector diamond[4] = { { x - hx, y }, { x, y - hy }, { x + hx, y }, { x, y + hy } };
-        polygon(iBreakdown ? diamond : square, 4, Rgba(iColour, 1.0f), iFilled, mKeyFills, mKeyOutlines);
+        polygon(iBreakdown ? diamond : square, 4, Rgba(iColour, 1.0f), iFilled, mArrays.keyFills, mArrays.keyOutlines);
     }
 
     void tangentLine(const Vector& iFrom, const Vector& iTo, const Rgb& iColour)
     {
         const ColouredVertex colour = Rgba(iColour, cTangentLineAlpha);
-        add(mTangentLines, iFrom, colour);
-        add(mTangentLines, iTo, colour);
+        add(mArrays.tangentLines, iFrom, colour);
+        add(mArrays.tangentLines, iTo, colour);
     }
 
     void handle(const Vector iCorners[3], const Rgb& iColour, bool iFilled)
     {
-        polygon(iCorners, 3, Rgba(iColour, 1.0f), iFilled, mHandleFills, mHandleOutlines);
+        polygon(iCorners, 3, Rgba(iColour, 1.0f), iFilled, mArrays.handleFills, mArrays.handleOutlines);
     }
 
     void flush()
     {
-        glLineWidth(cLineWidth);
-        draw(GL_QUADS, mKeyFills);
-        draw(GL_LINES, mKeyOutlines);
-        draw(GL_LINES, mTangentLines);
-        draw(GL_TRIANGLES, mHandleFills);
-        draw(GL_LINES, mHandleOutlines);
+        DeferredCurveDrawing::glyphs(mArrays);
+        mArrays.clear();
     }
 
 private:
-    void clear()
-    {
-        for (auto* vertices : { &mKeyFills, &mKeyOutlines, &mTangentLines, &mHandleFills, &mHandleOutlines })
-            vertices->clear();
-    }
-
     /// A vertex at the origin carrying the colour, to be placed by add().
     static ColouredVertex Rgba(const Rgb& iColour, GLfloat iAlpha)
     {
@@ -149,22 +134,12 @@ private:
         }
     }
 
-    static void draw(GLenum iMode, std::vector<ColouredVertex>& ioVertices)
-    {
-        DrawColouredVertices(iMode, ioVertices);
-        ioVertices.clear();
-    }
-
-    std::vector<ColouredVertex> mKeyFills, mKeyOutlines, mTangentLines, mHandleFills, mHandleOutlines;
+    GlyphArrays mArrays;
 };
 
 void DrawStrip(const std::vector<PlainVertex>& iPoints, const QColor& iColour)
 {
-    if (iPoints.size() < 2)
-        return;
-    SetColour(iColour);
-    glLineWidth(cLineWidth);
-    DrawLineStrip(iPoints);
+    DeferredCurveDrawing::strip(iPoints, iColour);
 }
 
 /// Samples narrowed to GL's floats and appended to a strip. Segments meet at their keys, so a

@@ -1,12 +1,13 @@
 #include "render/CurveLayer.h"
 
+#include "layers/LayerManager.h"
 #include "render/CurveGlyphs.h"
+#include "render/DeferredCurveDrawing.h"
 #include "render/GLSentries.h"
 #include "render/GraphViewColors.h"
 #include "tools/Picking.h"
 #include "tools/RubberbandLayer.h"
 #include "tools/SelectionOperations.h"
-#include "layers/LayerManager.h"
 #include "view/Viewport.h"
 
 #include "splinorlib/CurveFlags.h"
@@ -77,10 +78,11 @@ void MakeUniqueLabels(const QStringList& iNames, QStringList& oLabels)
 }
 
 CurveLayer::CurveLayer(std::shared_ptr<SplinorLib::v19::SplinorContainer> iContainer,
-                       std::shared_ptr<SplinorLib::v19::Selection> iSelection,
-                       std::shared_ptr<const GraphViewColors> iColors)
-    : Layer("Curve Layer"), mContainer(std::move(iContainer)), mColors(std::move(iColors)),
-      mSelection(std::move(iSelection))
+    std::shared_ptr<SplinorLib::v19::Selection> iSelection, std::shared_ptr<const GraphViewColors> iColors)
+    : Layer("Curve Layer")
+    , mContainer(std::move(iContainer))
+    , mColors(std::move(iColors))
+    , mSelection(std::move(iSelection))
 {
     Splinor::subscribeGlobal(*this);
     mContainer->subscribe(*this);
@@ -94,11 +96,10 @@ void CurveLayer::draw(const Viewport& iViewport) const
 {
     GraphViewColors colours(*mColors);
     if (!mFullColors) {
-        for (int id : {GraphViewColors::cLockedColor, GraphViewColors::cUnselectedInteriorColor,
-                       GraphViewColors::cUnselectedExteriorColor, GraphViewColors::cSelectedInteriorColor,
-                       GraphViewColors::cSelectedExteriorColor, GraphViewColors::cSelectedItemColor,
-                       GraphViewColors::cHoverColor, GraphViewColors::cVelocityColor,
-                       GraphViewColors::cAccelerationColor})
+        for (int id : { GraphViewColors::cLockedColor, GraphViewColors::cUnselectedInteriorColor,
+                 GraphViewColors::cUnselectedExteriorColor, GraphViewColors::cSelectedInteriorColor,
+                 GraphViewColors::cSelectedExteriorColor, GraphViewColors::cSelectedItemColor,
+                 GraphViewColors::cHoverColor, GraphViewColors::cVelocityColor, GraphViewColors::cAccelerationColor })
             colours.setColor(id, colours.getColor(id).darker(200));
     }
 
@@ -114,6 +115,7 @@ void CurveLayer::draw(const Viewport& iViewport) const
     {
         GLAttributeSentry sentry(cStageMask);
         BeginStage();
+        DeferredCurveDrawing deferred;
         for (Splinor* curve : visible)
             if (!mSelection->isSelected(*curve))
                 DrawUnselectedCurve(*curve, iViewport, colours, mHover);
@@ -121,6 +123,7 @@ void CurveLayer::draw(const Viewport& iViewport) const
             if (mSelection->isSelected(*curve))
                 DrawSelectedCurve(*curve, *mSelection, iViewport, colours, mHover);
         DrawHoverItem(mHover, *mSelection, iViewport, colours);
+        deferred.finish();
     }
     {
         GLAttributeSentry sentry(cStageMask);
@@ -138,8 +141,8 @@ void CurveLayer::draw(const Viewport& iViewport) const
     }
 }
 
-void CurveLayer::drawLabels(const std::vector<Splinor*>& iCurves, const Viewport& iViewport,
-                            const GraphViewColors& iColours) const
+void CurveLayer::drawLabels(
+    const std::vector<Splinor*>& iCurves, const Viewport& iViewport, const GraphViewColors& iColours) const
 {
     QStringList names;
     for (const Splinor* curve : iCurves)
@@ -151,11 +154,11 @@ void CurveLayer::drawLabels(const std::vector<Splinor*>& iCurves, const Viewport
     int windowX = cLabelStep;
     for (std::size_t i = 0; i < iCurves.size(); ++i, windowX += cLabelStep) {
         const Splinor& curve = *iCurves[i];
-        const double x = iViewport.windowToWorld({double(windowX), 0.0}).x;
+        const double x = iViewport.windowToWorld({ double(windowX), 0.0 }).x;
         const double value = curve.eval(x);
         const auto& segment = *curve.findSegment(x);
         const double slope = segment.getInterpolator()->evalFirstDerivative(x, segment);
-        const Vector p = iViewport.worldToWindow({x, value});
+        const Vector p = iViewport.worldToWindow({ x, value });
         // Above a falling or level curve, below a rising one: clear of the line either way.
         const int y = slope <= 0.0 ? int(p.y) - 4 : int(p.y) + 12;
         emit requestDrawText(int(p.x), y, labels[int(i)], colour);
@@ -171,12 +174,12 @@ bool CurveLayer::handleEvent(QEvent* iEvent, Viewport& iViewport)
     case QEvent::MouseMove:
         if (mInteractionEnabled) {
             const auto* mouse = static_cast<QMouseEvent*>(iEvent);
-            updateHover({double(mouse->x()), double(mouse->y())}, iViewport);
+            updateHover({ double(mouse->x()), double(mouse->y()) }, iViewport);
         }
         return false;
     case QEvent::MouseButtonDblClick: {
         const auto* mouse = static_cast<QMouseEvent*>(iEvent);
-        return handleDoubleClick({double(mouse->x()), double(mouse->y())}, iViewport);
+        return handleDoubleClick({ double(mouse->x()), double(mouse->y()) }, iViewport);
     }
     default:
         return false;

@@ -32,6 +32,8 @@ public:
     ClientArrays& operator=(const ClientArrays&) = delete;
 };
 
+} // namespace
+
 int VerticesPerPrimitive(GLenum iMode)
 {
     switch (iMode) {
@@ -44,29 +46,27 @@ int VerticesPerPrimitive(GLenum iMode)
     }
 }
 
-} // namespace
-
-void DrawColouredVertices(GLenum iMode, const std::vector<ColouredVertex>& iVertices)
+void DrawColouredVertices(GLenum iMode, const ColouredVertex* iVertices, int iCount)
 {
     const int perPrimitive = VerticesPerPrimitive(iMode);
-    const int count = int(iVertices.size()) / perPrimitive * perPrimitive;
-    if (count == 0)
+    const int count = iCount / perPrimitive * perPrimitive;
+    if (count <= 0)
         return;
     ClientArrays arrays(true);
 
-    glVertexPointer(2, GL_FLOAT, sizeof(ColouredVertex), &iVertices.front().x);
-    glColorPointer(4, GL_FLOAT, sizeof(ColouredVertex), &iVertices.front().r);
+    glVertexPointer(2, GL_FLOAT, sizeof(ColouredVertex), &iVertices->x);
+    glColorPointer(4, GL_FLOAT, sizeof(ColouredVertex), &iVertices->r);
     for (int first = 0; first < count; first += cVerticesPerDraw)
         glDrawArrays(iMode, first, std::min(cVerticesPerDraw, count - first));
 }
 
-void DrawLineStrip(const std::vector<PlainVertex>& iPoints)
+void DrawLineStrip(const PlainVertex* iPoints, int iCount)
 {
-    const int count = int(iPoints.size());
+    const int count = iCount;
     if (count < 2)
         return;
     ClientArrays arrays(false);
-    glVertexPointer(2, GL_FLOAT, sizeof(PlainVertex), &iPoints.front().x);
+    glVertexPointer(2, GL_FLOAT, sizeof(PlainVertex), &iPoints->x);
     // Each draw starts on the last point of the one before, so the strip stays unbroken.
     for (int first = 0; first < count - 1; first += cVerticesPerDraw - 1)
         glDrawArrays(GL_LINE_STRIP, first, std::min(cVerticesPerDraw, count - first));

@@ -30,10 +30,21 @@ struct PlainVertex
 // client array state as they found it.
 
 /// Independent primitives of iMode (GL_LINES, GL_TRIANGLES or GL_QUADS), each vertex coloured.
-void DrawColouredVertices(GLenum iMode, const std::vector<ColouredVertex>& iVertices);
+void DrawColouredVertices(GLenum iMode, const ColouredVertex* iVertices, int iCount);
+inline void DrawColouredVertices(GLenum iMode, const std::vector<ColouredVertex>& iVertices)
+{
+    DrawColouredVertices(iMode, iVertices.data(), int(iVertices.size()));
+}
 
 /// A line strip in the current colour; fewer than two points draw nothing.
-void DrawLineStrip(const std::vector<PlainVertex>& iPoints);
+void DrawLineStrip(const PlainVertex* iPoints, int iCount);
+inline void DrawLineStrip(const std::vector<PlainVertex>& iPoints)
+{
+    DrawLineStrip(iPoints.data(), int(iPoints.size()));
+}
+
+/// The vertices of one primitive of iMode: 2 for lines, 3 for triangles, 4 for quads.
+int VerticesPerPrimitive(GLenum iMode);
 
 } // namespace v22
 } // namespace SplinorEditorQtLib

@@ -1,0 +1,316 @@
+#include "render/DeferredCurveDrawing.h"
+
+#include "render/OcclusionMask.h"
+
+#include <QColor>
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+
+namespace Ovantis {
+namespace SplinorEditorQtLib {
+namespace v22 {
+
+namespace {
+
+using Point = OcclusionMask::Point;
+
+constexpr float cLineWidth = 1.0f;
+
+/// How far the rasteriser may put a vertex from where the mask does, in pixels: its sub-pixel
+/// grid is 1/256, and a polygon edge measured to light pixels up to 0.002 beyond it.
+constexpr double cRasterSlack = 1.0 / 32.0;
+/// GL places vertices with float arithmetic; errors of this many units in the last place of the
+/// largest term are allowed for, which covers the products of the matrices as well.
+constexpr double cFloatUlps = 8.0;
+
+enum class Role { Strip, KeyFills, KeyOutlines, TangentLines, HandleFills, HandleOutlines };
+
+struct Draw
+{
+    Role role;
+    GLenum mode;
+    int first, count; // vertices in the store of the role's kind
+    GLfloat r, g, b; // a strip's colour
+};
+
+/// What an open deferred drawing holds, kept from paint to paint so that its buffers stay.
+struct Store
+{
+    std::vector<PlainVertex> strips;
+    std::vector<ColouredVertex> glyphs;
+    std::vector<Draw> draws;
+    // One flag a primitive, at the index of its first vertex: a strip's line starts at its vertex.
+    std::vector<char> stripKept, glyphKept;
+    std::vector<ColouredVertex> scratch;
+    OcclusionMask mask;
+
+    void clear()
+    {
+        strips.clear();
+        glyphs.clear();
+        draws.clear();
+    }
+};
+
+Store& TheStore()
+{
+    static Store store;
+    return store;
+}
+
+bool gOpen = false;
+
+/// Where GL puts a vertex of the current matrices, in pixels from the viewport's corner.
+class Placement
+{
+public:
+    /// False unless the transform is a flat orthographic one onto a viewport of some size.
+    bool read()
+    {
+        GLdouble modelview[16], projection[16];
+        GLint viewport[4];
+        glGetDoublev(GL_MODELVIEW_MATRIX, modelview);
+        glGetDoublev(GL_PROJECTION_MATRIX, projection);
+        glGetIntegerv(GL_VIEWPORT, viewport);
+        GLdouble t[16];
+        for (int column = 0; column < 4; ++column)
+            for (int row = 0; row < 4; ++row) {
+                t[column * 4 + row] = 0.0;
+                for (int k = 0; k < 4; ++k)
+                    t[column * 4 + row] += projection[k * 4 + row] * modelview[column * 4 + k];
+            }
+        width = viewport[2];
+        height = viewport[3];
+        if (t[3] != 0.0 || t[7] != 0.0 || t[15] != 1.0 || width <= 0 || height <= 0)
+            return false;
+        const double halfWidth = 0.5 * width, halfHeight = 0.5 * height;
+        mXx = t[0] * halfWidth;
+        mXy = t[4] * halfWidth;
+        mX0 = (t[12] + 1.0) * halfWidth;
+        mYx = t[1] * halfHeight;
+        mYy = t[5] * halfHeight;
+        mY0 = (t[13] + 1.0) * halfHeight;
+        mTranslationX = std::abs(t[12]) * halfWidth;
+        mTranslationY = std::abs(t[13]) * halfHeight;
+        return std::isfinite(mXx + mXy + mX0 + mYx + mYy + mY0);
+    }
+
+    Point operator()(const GLfloat* iXY) const
+    {
+        const double x = iXY[0], y = iXY[1];
+        return { mXx * x + mXy * y + mX0, mYx * x + mYy * y + mY0 };
+    }
+
+    /// The slack for a vertex: the rasteriser's own, and GL's float error, which grows with the
+    /// size of the terms it sums.
+    double slack(const GLfloat* iXY) const
+    {
+        const double x = std::abs(iXY[0]), y = std::abs(iXY[1]);
+        const double largest = std::max(std::abs(mXx) * x + std::abs(mXy) * y + mTranslationX,
+            std::abs(mYx) * x + std::abs(mYy) * y + mTranslationY);
+        return cRasterSlack + cFloatUlps * FLT_EPSILON * (largest + std::max(width, height));
+    }
+
+    int width = 0, height = 0;
+
+private:
+    double mXx = 0, mXy = 0, mX0 = 0, mYx = 0, mYy = 0, mY0 = 0, mTranslationX = 0, mTranslationY = 0;
+};
+
+bool IsFill(Role iRole)
+{
+    return iRole == Role::KeyFills || iRole == Role::HandleFills;
+}
+
+/// Marks in iKept, from iDraw's last primitive to its first, the primitives the mask doesn't
+/// hide, and adds each opaque fill that stays to the mask.
+void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Store& ioStore)
+{
+    const int perPrimitive = VerticesPerPrimitive(iDraw.mode);
+    const bool fill = IsFill(iDraw.role);
+    for (int first = iDraw.first + (iDraw.count / perPrimitive - 1) * perPrimitive; first >= iDraw.first;
+         first -= perPrimitive) {
+        const ColouredVertex* vertices = &ioStore.glyphs[std::size_t(first)];
+        Point corners[4];
+        double slack = 0.0;
+        for (int i = 0; i < perPrimitive; ++i) {
+            corners[i] = iPlacement(&vertices[i].x);
+            slack = std::max(slack, iPlacement.slack(&vertices[i].x));
+        }
+        const bool hidden = fill ? ioStore.mask.hides(corners, perPrimitive, slack)
+                                 : ioStore.mask.hidesLine(corners[0], corners[1], slack);
+        ioStore.glyphKept[std::size_t(first)] = !hidden;
+        if (fill && !hidden && vertices[0].a >= 1.0f)
+            ioStore.mask.cover(corners, perPrimitive, slack);
+    }
+}
+
+void CullStrip(const Draw& iDraw, const Placement& iPlacement, Store& ioStore)
+{
+    const PlainVertex* points = &ioStore.strips[std::size_t(iDraw.first)];
+    for (int i = 0; i + 1 < iDraw.count; ++i) {
+        const double slack = std::max(iPlacement.slack(&points[i].x), iPlacement.slack(&points[i + 1].x));
+        ioStore.stripKept[std::size_t(iDraw.first + i)]
+            = !ioStore.mask.hidesLine(iPlacement(&points[i].x), iPlacement(&points[i + 1].x), slack);
+    }
+}
+
+void Cull(const Draw& iDraw, const Placement& iPlacement, Store& ioStore)
+{
+    if (iDraw.role == Role::Strip)
+        CullStrip(iDraw, iPlacement, ioStore);
+    else
+        CullGlyphs(iDraw, iPlacement, ioStore);
+}
+
+/// Walks the draws from the last to the first, so that whatever may hide a primitive is in the
+/// mask before it is looked at.
+void CullAll(const Placement& iPlacement, Store& ioStore)
+{
+    ioStore.mask.reset(iPlacement.width, iPlacement.height);
+    bool covering = false; // lines after the last fill have nothing to hide them
+    for (auto draw = ioStore.draws.rbegin(); draw != ioStore.draws.rend(); ++draw) {
+        covering = covering || IsFill(draw->role);
+        if (covering)
+            Cull(*draw, iPlacement, ioStore);
+    }
+}
+
+void SetColour(const QColor& iColour, GLfloat& oR, GLfloat& oG, GLfloat& oB)
+{
+    oR = GLfloat(iColour.redF());
+    oG = GLfloat(iColour.greenF());
+    oB = GLfloat(iColour.blueF());
+}
+
+/// Draws a strip's runs of kept lines, each as a strip of its own.
+void DrawKeptStrip(const Draw& iDraw, const Store& iStore)
+{
+    glColor3f(iDraw.r, iDraw.g, iDraw.b);
+    const int end = iDraw.first + iDraw.count - 1; // the last line starts here
+    int run = iDraw.first;
+    while (run < end) {
+        while (run < end && !iStore.stripKept[std::size_t(run)])
+            ++run;
+        int next = run;
+        while (next < end && iStore.stripKept[std::size_t(next)])
+            ++next;
+        if (next > run)
+            DrawLineStrip(&iStore.strips[std::size_t(run)], next - run + 1);
+        run = next;
+    }
+}
+
+void DrawKeptGlyphs(const Draw& iDraw, Store& ioStore)
+{
+    const int perPrimitive = VerticesPerPrimitive(iDraw.mode);
+    const auto begin = ioStore.glyphKept.begin() + iDraw.first;
+    if (std::all_of(begin, begin + iDraw.count, [](char iKept) { return iKept; })) {
+        DrawColouredVertices(iDraw.mode, &ioStore.glyphs[std::size_t(iDraw.first)], iDraw.count);
+        return;
+    }
+    std::vector<ColouredVertex>& kept = ioStore.scratch;
+    kept.clear();
+    for (int first = iDraw.first; first + perPrimitive <= iDraw.first + iDraw.count; first += perPrimitive)
+        if (ioStore.glyphKept[std::size_t(first)])
+            kept.insert(kept.end(), ioStore.glyphs.begin() + first, ioStore.glyphs.begin() + first + perPrimitive);
+    DrawColouredVertices(iDraw.mode, kept);
+}
+
+void Record(Role iRole, GLenum iMode, const std::vector<ColouredVertex>& iVertices)
+{
+    if (iVertices.empty())
+        return;
+    Store& store = TheStore();
+    store.draws.push_back({ iRole, iMode, int(store.glyphs.size()), int(iVertices.size()), 0.0f, 0.0f, 0.0f });
+    store.glyphs.insert(store.glyphs.end(), iVertices.begin(), iVertices.end());
+}
+
+} // namespace
+
+void GlyphArrays::clear()
+{
+    for (auto* vertices : { &keyFills, &keyOutlines, &tangentLines, &handleFills, &handleOutlines })
+        vertices->clear();
+}
+
+DeferredCurveDrawing::DeferredCurveDrawing()
+    : mOwner(!gOpen)
+{
+    if (mOwner) {
+        TheStore().clear();
+        gOpen = true;
+    }
+}
+
+DeferredCurveDrawing::~DeferredCurveDrawing()
+{
+    if (mOwner && gOpen) {
+        TheStore().clear();
+        gOpen = false;
+    }
+}
+
+void DeferredCurveDrawing::finish()
+{
+    if (!mOwner || !gOpen)
+        return;
+    gOpen = false;
+    Store& store = TheStore();
+    store.stripKept.assign(store.strips.size(), 1);
+    store.glyphKept.assign(store.glyphs.size(), 1);
+    Placement placement;
+    if (placement.read())
+        CullAll(placement, store);
+
+    glLineWidth(cLineWidth);
+    for (const Draw& draw : store.draws) {
+        if (draw.role == Role::Strip)
+            DrawKeptStrip(draw, store);
+        else
+            DrawKeptGlyphs(draw, store);
+    }
+    store.clear();
+}
+
+void DeferredCurveDrawing::strip(const std::vector<PlainVertex>& iPoints, const QColor& iColour)
+{
+    if (iPoints.size() < 2)
+        return;
+    Draw draw { Role::Strip, GL_LINE_STRIP, 0, int(iPoints.size()), 0.0f, 0.0f, 0.0f };
+    SetColour(iColour, draw.r, draw.g, draw.b);
+    if (!gOpen) {
+        glColor3f(draw.r, draw.g, draw.b);
+        glLineWidth(cLineWidth);
+        DrawLineStrip(iPoints);
+        return;
+    }
+    Store& store = TheStore();
+    draw.first = int(store.strips.size());
+    store.draws.push_back(draw);
+    store.strips.insert(store.strips.end(), iPoints.begin(), iPoints.end());
+}
+
+void DeferredCurveDrawing::glyphs(const GlyphArrays& iGlyphs)
+{
+    if (!gOpen) {
+        glLineWidth(cLineWidth);
+        DrawColouredVertices(GL_QUADS, iGlyphs.keyFills);
+        DrawColouredVertices(GL_LINES, iGlyphs.keyOutlines);
+        DrawColouredVertices(GL_LINES, iGlyphs.tangentLines);
+        DrawColouredVertices(GL_TRIANGLES, iGlyphs.handleFills);
+        DrawColouredVertices(GL_LINES, iGlyphs.handleOutlines);
+        return;
+    }
+    Record(Role::KeyFills, GL_QUADS, iGlyphs.keyFills);
+    Record(Role::KeyOutlines, GL_LINES, iGlyphs.keyOutlines);
+    Record(Role::TangentLines, GL_LINES, iGlyphs.tangentLines);
+    Record(Role::HandleFills, GL_TRIANGLES, iGlyphs.handleFills);
+    Record(Role::HandleOutlines, GL_LINES, iGlyphs.handleOutlines);
+}
+
+} // namespace v22
+} // namespace SplinorEditorQtLib
+} // namespace Ovantis

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "render/VertexArrays.h"
+
+#include <vector>
+
+class QColor;
+
+namespace Ovantis {
+namespace SplinorEditorQtLib {
+namespace v22 {
+
+/// The glyphs of one pass over a curve, or of one single glyph routine, in the order they are
+/// drawn: keyframes, then tangent lines, then tangent handles.
+struct GlyphArrays
+{
+    std::vector<ColouredVertex> keyFills, keyOutlines, tangentLines, handleFills, handleOutlines;
+
+    void clear();
+};
+
+/// While one is open, the curve glyph routines hold back what they draw, and finish() draws it
+/// all in the order it came, leaving out each line and glyph that opaque keyframes and handles
+/// drawn after it cover, which GL would overwrite. A view of thousands of selected keyframes
+/// paints most pixels many times over, and a software rasteriser spends its time on primitives
+/// nobody sees. Placement is read from GL's own matrices and viewport at finish(); with any
+/// other transform than a flat orthographic one, everything is drawn.
+class DeferredCurveDrawing
+{
+public:
+    /// Opens, unless one is open already, in which case this one passes everything to it.
+    DeferredCurveDrawing();
+    /// Drops whatever finish() has not drawn: a paint cut short by a GL error draws no more.
+    ~DeferredCurveDrawing();
+    DeferredCurveDrawing(const DeferredCurveDrawing&) = delete;
+    DeferredCurveDrawing& operator=(const DeferredCurveDrawing&) = delete;
+
+    /// Draws what was held back, without what is hidden, and closes.
+    void finish();
+
+    /// A line strip in iColour, drawn now if none is open.
+    static void strip(const std::vector<PlainVertex>& iPoints, const QColor& iColour);
+    /// Glyphs, drawn now if none is open.
+    static void glyphs(const GlyphArrays& iGlyphs);
+
+private:
+    bool mOwner;
+};
+
+} // namespace v22
+} // namespace SplinorEditorQtLib
+} // namespace Ovantis

@@ -1,0 +1,220 @@
+#include "render/OcclusionMask.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Ovantis {
+namespace SplinorEditorQtLib {
+namespace v22 {
+
+namespace {
+
+constexpr int cMaxCorners = 4;
+
+/// floor and ceil for values already clamped near a mask's range, where they agree with the
+/// library's and cost a conversion instead of a call.
+int Floor(double iValue)
+{
+    return int(iValue + 1024.0) - 1024;
+}
+int Ceil(double iValue)
+{
+    return -Floor(-iValue);
+}
+
+/// A convex polygon as it meets horizontal lines: between a bottom and a top, x lies right of
+/// every left edge and left of every right edge. Each edge is moved out by a growth (in by a
+/// negative one) of at least the growth itself: g (1 + |slope|) horizontally, where the exact
+/// offset would be g sqrt(1 + slope^2), spares a square root per edge and errs outward, or
+/// inward when shrinking.
+class Region
+{
+public:
+    /// False if the polygon has no area, or corners beyond doubles.
+    bool set(const OcclusionMask::Point* iCorners, int iCount, double iGrowth)
+    {
+        double twiceArea = 0.0;
+        mBottom = HUGE_VAL;
+        mTop = -HUGE_VAL;
+        for (int i = 0; i < iCount; ++i) {
+            const OcclusionMask::Point& a = iCorners[i];
+            const OcclusionMask::Point& b = iCorners[i + 1 < iCount ? i + 1 : 0];
+            twiceArea += a.x * b.y - b.x * a.y;
+            mBottom = std::min(mBottom, a.y);
+            mTop = std::max(mTop, a.y);
+        }
+        if (!(std::abs(twiceArea) > 0.0) || !std::isfinite(twiceArea))
+            return false;
+        mBottom -= iGrowth;
+        mTop += iGrowth;
+        // Going round counter-clockwise (y up), edges that rise bound x on the right.
+        const double turn = twiceArea > 0.0 ? 1.0 : -1.0;
+        mLeftCount = mRightCount = 0;
+        for (int i = 0; i < iCount; ++i) {
+            const OcclusionMask::Point& a = iCorners[i];
+            const OcclusionMask::Point& b = iCorners[i + 1 < iCount ? i + 1 : 0];
+            const double rise = turn * (b.y - a.y);
+            if (rise == 0.0)
+                continue; // level: the band's bottom or top
+            const double slope = (b.x - a.x) / (b.y - a.y);
+            const double offset = iGrowth * (1.0 + std::abs(slope));
+            if (rise > 0.0)
+                mRight[mRightCount++] = { a.x - slope * a.y + offset, slope };
+            else
+                mLeft[mLeftCount++] = { a.x - slope * a.y - offset, slope };
+        }
+        return true;
+    }
+
+    double bottom() const { return mBottom; }
+    double top() const { return mTop; }
+
+    /// The x range at height iY; empty when low > high.
+    void span(double iY, double& oLow, double& oHigh) const
+    {
+        double low = -HUGE_VAL, high = HUGE_VAL;
+        for (int i = 0; i < mLeftCount; ++i)
+            low = std::max(low, mLeft[i].x0 + mLeft[i].slope * iY);
+        for (int i = 0; i < mRightCount; ++i)
+            high = std::min(high, mRight[i].x0 + mRight[i].slope * iY);
+        oLow = low;
+        oHigh = high;
+    }
+
+private:
+    struct Edge
+    {
+        double x0, slope; // x = x0 + slope y
+    };
+    Edge mLeft[cMaxCorners], mRight[cMaxCorners];
+    int mLeftCount = 0, mRightCount = 0;
+    double mBottom = 0.0, mTop = 0.0;
+};
+
+/// A line widened by a square of half side iReach slid along it: the rows it meets, and at each
+/// the x range of the part of the line within iReach of the row, widened by iReach.
+class LineBand
+{
+public:
+    LineBand(const OcclusionMask::Point& iFrom, const OcclusionMask::Point& iTo, double iReach)
+        : mLow(iFrom.y <= iTo.y ? iFrom : iTo)
+        , mHigh(iFrom.y <= iTo.y ? iTo : iFrom)
+        , mReach(iReach)
+        , mSlope(mHigh.y > mLow.y ? (mHigh.x - mLow.x) / (mHigh.y - mLow.y) : 0.0)
+    {
+    }
+
+    bool isFinite() const { return std::isfinite(mLow.x + mLow.y + mHigh.x + mHigh.y + mSlope); }
+    double bottom() const { return mLow.y - mReach; }
+    double top() const { return mHigh.y + mReach; }
+
+    void span(double iY, double& oLow, double& oHigh) const
+    {
+        // A level line meets every row of its band along its whole length.
+        const bool level = mHigh.y == mLow.y;
+        const double x0 = level ? mLow.x : mLow.x + mSlope * (std::max(iY - mReach, mLow.y) - mLow.y);
+        const double x1 = level ? mHigh.x : mLow.x + mSlope * (std::min(iY + mReach, mHigh.y) - mLow.y);
+        oLow = std::min(x0, x1) - mReach;
+        oHigh = std::max(x0, x1) + mReach;
+    }
+
+private:
+    OcclusionMask::Point mLow, mHigh;
+    double mReach, mSlope;
+};
+
+} // namespace
+
+inline std::uint64_t OcclusionMask::bitsOf(int iWord, int iFirst, int iLast)
+{
+    std::uint64_t bits = ~std::uint64_t(0);
+    if (iWord == iFirst >> 6)
+        bits &= ~std::uint64_t(0) << (iFirst & 63);
+    if (iWord == iLast >> 6)
+        bits &= ~std::uint64_t(0) >> (63 - (iLast & 63));
+    return bits;
+}
+
+inline bool OcclusionMask::isCovered(int iRow, int iFirst, int iLast) const
+{
+    const std::uint64_t* words = &mBits[std::size_t(iRow) * std::size_t(mWordsPerRow)];
+    if (iFirst >> 6 == iLast >> 6) {
+        const std::uint64_t bits = bitsOf(iFirst >> 6, iFirst, iLast);
+        return (words[iFirst >> 6] & bits) == bits;
+    }
+    for (int word = iFirst >> 6; word <= iLast >> 6; ++word) {
+        const std::uint64_t bits = bitsOf(word, iFirst, iLast);
+        if ((words[word] & bits) != bits)
+            return false;
+    }
+    return true;
+}
+
+void OcclusionMask::reset(int iWidth, int iHeight)
+{
+    mWidth = std::max(iWidth, 0);
+    mHeight = std::max(iHeight, 0);
+    mWordsPerRow = (mWidth + 63) / 64;
+    mBits.assign(std::size_t(mWordsPerRow) * std::size_t(mHeight), 0);
+    mEmpty = true;
+}
+
+template <class Shape> bool OcclusionMask::isHidden(const Shape& iShape) const
+{
+    // Every row the shape may reach must lie in the mask, and be covered wherever it does.
+    if (mEmpty)
+        return false;
+    const double firstRow = std::ceil(iShape.bottom() - 0.5);
+    const double lastRow = std::floor(iShape.top() - 0.5);
+    if (!(firstRow >= 0.0 && lastRow < mHeight))
+        return false;
+    for (int row = int(firstRow); row <= int(lastRow); ++row) {
+        double low, high;
+        iShape.span(row + 0.5, low, high);
+        if (!(low <= high))
+            continue;
+        if (!(low - 0.5 >= -1.0 && high - 0.5 < mWidth))
+            return false;
+        const int first = Ceil(low - 0.5);
+        const int last = Floor(high - 0.5);
+        if (first <= last && (first < 0 || last >= mWidth || !isCovered(row, first, last)))
+            return false;
+    }
+    return true;
+}
+
+bool OcclusionMask::hides(const Point* iCorners, int iCount, double iSlack) const
+{
+    Region region;
+    return iCount >= 3 && iCount <= cMaxCorners && region.set(iCorners, iCount, iSlack) && isHidden(region);
+}
+
+bool OcclusionMask::hidesLine(const Point& iFrom, const Point& iTo, double iSlack) const
+{
+    const LineBand band(iFrom, iTo, cLineReach + iSlack);
+    return band.isFinite() && isHidden(band);
+}
+
+void OcclusionMask::cover(const Point* iCorners, int iCount, double iSlack)
+{
+    Region region;
+    if (iCount < 3 || iCount > cMaxCorners || !region.set(iCorners, iCount, -iSlack))
+        return;
+    const int firstRow = int(std::max(std::ceil(region.bottom() - 0.5), 0.0));
+    const int lastRow = int(std::min(std::floor(region.top() - 0.5), double(mHeight - 1)));
+    for (int row = firstRow; row <= lastRow; ++row) {
+        double low, high;
+        region.span(row + 0.5, low, high);
+        const int first = Ceil(std::max(low - 0.5, 0.0));
+        const int last = Floor(std::min(high - 0.5, double(mWidth - 1)));
+        std::uint64_t* words = &mBits[std::size_t(row) * std::size_t(mWordsPerRow)];
+        for (int word = first >> 6; first <= last && word <= last >> 6; ++word) {
+            words[word] |= bitsOf(word, first, last);
+            mEmpty = false;
+        }
+    }
+}
+
+} // namespace v22
+} // namespace SplinorEditorQtLib
+} // namespace Ovantis

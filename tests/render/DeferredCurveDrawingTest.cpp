@@ -1,0 +1,308 @@
+#include "EditorTestUtil.h"
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
+#include <QOpenGLExtraFunctions>
+#include <QOpenGLFramebufferObject>
+#include <qopengl.h>
+
+#include <array>
+#include <cmath>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <random>
+
+using namespace EditorTest;
+
+namespace {
+
+constexpr int cWidth = 240;
+constexpr int cHeight = 160;
+
+/// Bezier keys a unit apart along a random walk: at about a pixel a key, each selected key's
+/// square, tangents and handles overlap its neighbours', as in a framed view of a long curve.
+std::shared_ptr<Splinor> DenseCurve(unsigned iSeed, int iKeys, double iX0, double iY0)
+{
+    std::mt19937 random(iSeed);
+    std::uniform_real_distribution<double> step(-1.5, 1.5);
+    auto curve = Splinor::create();
+    double y = iY0;
+    for (int i = 0; i < iKeys; ++i, y += step(random))
+        curve->insertSegment(Keyframe(iX0 + i, y), Bezier::create());
+    return curve;
+}
+
+/// The curves of a view drawn by the glyph routines into a framebuffer of the view's size, with
+/// the projection and GL state of the curve layer.
+class CurveCanvas : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(mContext.create());
+        mSurface.setFormat(mContext.format());
+        mSurface.create();
+        ASSERT_TRUE(mContext.makeCurrent(&mSurface));
+        mFramebuffer = std::make_unique<QOpenGLFramebufferObject>(cWidth, cHeight);
+        ASSERT_TRUE(mFramebuffer->bind());
+        mViewport.setWindowBounds(Rect(0, 0, cWidth, cHeight));
+    }
+
+    /// A scene with each kind of pass: a bare line; a curve selected whole; one selected whole
+    /// with locked keys in another colour, a breakdown and Fixed tangents; one with only some keys selected, whose
+    /// other keys are hollow; and a hovered key on top.
+    void buildScene(double iX0)
+    {
+        mCurves = SplinorContainer::create();
+        mSelection = std::make_shared<Selection>(mCurves);
+        for (unsigned i = 0; i < 4; ++i)
+            mCurves->addCurve(DenseCurve(i + 1, 260, iX0 - 10, 40.0 + 25.0 * i));
+        auto it = mCurves->begin();
+        ++it; // left unselected
+        Splinor& whole = **it++;
+        Splinor& mixed = **it++;
+        Splinor& partly = **it++;
+        SelectCurveCompletely(*mSelection, whole);
+        SelectCurveCompletely(*mSelection, mixed);
+        int index = 0;
+        for (Segment& segment : mixed) {
+            if (Keyframe* key = segment.getLeftKey()) {
+                SetLocked(*key, index % 5 == 0);
+                key->setBreakdown(index == 90);
+                if (index % 7 == 0 && key->getOutTangent())
+                    key->getOutTangent()->setType(cTangentFixed);
+            }
+            ++index;
+        }
+        mSelection->select(partly);
+        index = 0;
+        for (Segment& segment : partly)
+            if (index++ % 3 == 0 && segment.getLeftKey())
+                mSelection->select(*segment.getLeftKey());
+
+        mViewport.setWorldBounds(Rect(iX0, 0.0, cWidth, cHeight));
+        const V onKey = mViewport.worldToWindow(std::next(whole.begin(), 100)->getLeftKey()->get());
+        mHover = HitRecord();
+        PickPoint(*mCurves, *mSelection, mViewport, onKey, mHover);
+    }
+
+    /// A cleared framebuffer, with the view's projection and the curve layer's GL state.
+    void prepare()
+    {
+        glMatrixMode(GL_MODELVIEW);
+        glLoadIdentity();
+        glMatrixMode(GL_PROJECTION);
+        glLoadIdentity();
+        const Rect& world = mViewport.getWorldBounds();
+        glOrtho(world.x, world.x + world.width, world.y, world.y + world.height, 0.0, 1.0);
+        glViewport(0, 0, cWidth, cHeight);
+        glClearColor(0.1f, 0.1f, 0.1f, 1.0f);
+        glClear(GL_COLOR_BUFFER_BIT);
+        glHint(GL_LINE_SMOOTH_HINT, GL_NICEST);
+        glHint(GL_POLYGON_SMOOTH_HINT, GL_NICEST);
+        glEnable(GL_LINE_SMOOTH);
+        glEnable(GL_POLYGON_SMOOTH);
+        glEnable(GL_BLEND);
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    }
+
+    /// The scene as the curve layer draws it: unselected curves, selected ones, the hover.
+    QImage draw(bool iDeferred)
+    {
+        prepare();
+        QOpenGLExtraFunctions& gl = *mContext.extraFunctions();
+        GLuint query = 0;
+        gl.glGenQueries(1, &query);
+        gl.glBeginQuery(GL_PRIMITIVES_GENERATED, query);
+        {
+            std::unique_ptr<DeferredCurveDrawing> deferred(iDeferred ? new DeferredCurveDrawing : nullptr);
+            for (const auto& curve : *mCurves)
+                if (!mSelection->isSelected(*curve))
+                    DrawUnselectedCurve(*curve, mViewport, mColours, mHover);
+            for (const auto& curve : *mCurves)
+                if (mSelection->isSelected(*curve))
+                    DrawSelectedCurve(*curve, *mSelection, mViewport, mColours, mHover);
+            DrawHoverItem(mHover, *mSelection, mViewport, mColours);
+            if (deferred)
+                deferred->finish();
+        }
+        gl.glEndQuery(GL_PRIMITIVES_GENERATED);
+        gl.glGetQueryObjectuiv(query, GL_QUERY_RESULT, &mPrimitives);
+        gl.glDeleteQueries(1, &query);
+        EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
+        return mFramebuffer->toImage();
+    }
+
+    QImage framebufferImage() const { return mFramebuffer->toImage(); }
+
+    /// The pixels where two images differ.
+    static int Differences(const QImage& iA, const QImage& iB)
+    {
+        int count = 0;
+        for (int y = 0; y < iA.height(); ++y)
+            for (int x = 0; x < iA.width(); ++x)
+                count += iA.pixel(x, y) != iB.pixel(x, y);
+        return count;
+    }
+
+    Viewport mViewport;
+    GraphViewColors mColours;
+    std::shared_ptr<Selection> mSelection;
+    std::shared_ptr<SplinorContainer> mCurves;
+    HitRecord mHover;
+    GLuint mPrimitives = 0;
+
+private:
+    // Destroyed bottom up: the framebuffer while its context is current, the context before
+    // the surface it is current on.
+    QOffscreenSurface mSurface;
+    QOpenGLContext mContext;
+    std::unique_ptr<QOpenGLFramebufferObject> mFramebuffer;
+};
+
+} // namespace
+
+// The pixels must not change at all: every primitive left out lies under opaque glyphs drawn
+// after it, or under keys of its own colour. Far from the origin GL's float placement strays,
+// and the slack must grow with it.
+TEST_F(CurveCanvas, deferred_drawing_leaves_out_most_primitives_of_a_dense_view_and_not_one_pixel)
+{
+    for (const double x0 : { 0.0, 2.0e5, 4.0e6 }) {
+        SCOPED_TRACE(x0);
+        buildScene(x0);
+        ASSERT_NE(mHover.getType(), HitRecord::cNothing) << "a handle or key under the pointer";
+
+        const QImage immediate = draw(false);
+        const GLuint all = mPrimitives;
+        const QImage deferred = draw(true);
+
+        EXPECT_EQ(Differences(immediate, deferred), 0);
+        // Away from the origin GL's rounding leaves less sure, and at 4e6 a float's step is a
+        // quarter of a pixel.
+        if (x0 == 0.0)
+            EXPECT_LT(mPrimitives, all * 2 / 3) << "of " << all;
+        else
+            EXPECT_LE(mPrimitives, all);
+    }
+}
+
+TEST_F(CurveCanvas, a_drawing_dropped_before_its_end_draws_nothing_and_an_inner_one_defers_to_the_outer)
+{
+    buildScene(0.0);
+    Splinor& selected = **std::next(mCurves->begin());
+    const auto blank = [this] {
+        const QImage image = framebufferImage();
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (image.pixel(x, y) != image.pixel(0, 0))
+                    return false;
+        return true;
+    };
+    prepare();
+
+    {
+        DeferredCurveDrawing dropped; // as when a GL error cuts a paint short
+        DrawSelectedCurve(selected, *mSelection, mViewport, mColours, mHover);
+    }
+    EXPECT_TRUE(blank());
+
+    DeferredCurveDrawing outer;
+    {
+        DeferredCurveDrawing inner;
+        DrawSelectedCurve(selected, *mSelection, mViewport, mColours, mHover);
+        inner.finish();
+    }
+    EXPECT_TRUE(blank());
+    outer.finish();
+    EXPECT_FALSE(blank());
+}
+
+// --- The mask ---------------------------------------------------------------------------------
+
+namespace {
+
+using Point = OcclusionMask::Point;
+
+std::array<Point, 4> Box(double iLeft, double iBottom, double iRight, double iTop)
+{
+    return { Point(iLeft, iBottom), Point(iRight, iBottom), Point(iRight, iTop), Point(iLeft, iTop) };
+}
+
+constexpr double cSlack = 1.0 / 32.0;
+
+} // namespace
+
+TEST(OcclusionMask, hides_only_what_lies_on_pixel_centres_an_opaque_polygon_surely_covers)
+{
+    OcclusionMask mask;
+    mask.reset(64, 48);
+    const auto empty = Box(20.2, 20.2, 22.8, 22.8);
+    EXPECT_FALSE(mask.hides(empty.data(), 4, cSlack)) << "nothing covers an empty mask";
+
+    // Centres 10.5 to 29.5 lie inside; 9.5 and 30.5 do not.
+    const auto block = Box(10.2, 10.2, 29.8, 29.8);
+    mask.cover(block.data(), 4, cSlack);
+
+    const auto inside = Box(10.6, 10.6, 29.4, 29.4); // touches centres 11.5 to 28.5
+    const auto overEdge = Box(10.4, 12.0, 14.0, 14.0); // reaches centre 10.5, covered
+    const auto pastEdge = Box(9.4, 12.0, 14.0, 14.0); // reaches centre 9.5, not covered
+    const auto tooClose = Box(29.0, 12.0, 30.48, 14.0); // 30.5 lies within the slack
+    const Point triangle[3] = { Point(12, 12), Point(28, 12), Point(20, 28) };
+    EXPECT_TRUE(mask.hides(inside.data(), 4, cSlack));
+    EXPECT_TRUE(mask.hides(overEdge.data(), 4, cSlack));
+    EXPECT_FALSE(mask.hides(pastEdge.data(), 4, cSlack));
+    EXPECT_FALSE(mask.hides(tooClose.data(), 4, cSlack));
+    EXPECT_TRUE(mask.hides(triangle, 3, cSlack));
+
+    // A smoothed line lights pixels about a pixel either side of it, and beyond its ends.
+    EXPECT_TRUE(mask.hidesLine(Point(13, 14), Point(26, 25), cSlack));
+    EXPECT_FALSE(mask.hidesLine(Point(10.8, 14), Point(26, 25), cSlack));
+    EXPECT_FALSE(mask.hidesLine(Point(20, 27), Point(20, 29.2), cSlack));
+    EXPECT_FALSE(mask.hidesLine(Point(12, 20), Point(29.1, 20), cSlack)) << "level, past the right edge";
+    EXPECT_TRUE(mask.hidesLine(Point(12, 20), Point(27.6, 20), cSlack));
+}
+
+TEST(OcclusionMask, a_triangle_covers_only_inside_its_slanted_edges)
+{
+    OcclusionMask mask;
+    mask.reset(64, 64);
+    // Right-angled, with its slanted edge from (10, 40) to (40, 10).
+    const Point triangle[3] = { Point(10, 10), Point(40, 10), Point(10, 40) };
+    mask.cover(triangle, 3, cSlack);
+
+    const auto belowDiagonal = Box(12, 12, 20, 20);
+    const auto acrossDiagonal = Box(22, 22, 26, 26);
+    EXPECT_TRUE(mask.hides(belowDiagonal.data(), 4, cSlack));
+    EXPECT_FALSE(mask.hides(acrossDiagonal.data(), 4, cSlack));
+}
+
+TEST(OcclusionMask, nothing_beyond_the_viewport_or_of_no_area_or_not_finite_is_hidden_or_covers)
+{
+    OcclusionMask mask;
+    mask.reset(32, 32);
+    const auto all = Box(-100, -100, 100, 100);
+    mask.cover(all.data(), 4, cSlack);
+
+    const auto straddling = Box(28, 10, 33, 14);
+    const auto beyond = Box(40, 10, 44, 14);
+    EXPECT_FALSE(mask.hides(straddling.data(), 4, cSlack)) << "GL may draw past a viewport";
+    EXPECT_FALSE(mask.hides(beyond.data(), 4, cSlack));
+    EXPECT_FALSE(mask.hidesLine(Point(30, 5), Point(31.2, 5), cSlack));
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const Point notANumber[3] = { Point(5, 5), Point(nan, 9), Point(9, 5) };
+    EXPECT_FALSE(mask.hides(notANumber, 3, cSlack));
+    EXPECT_FALSE(mask.hidesLine(Point(5, 5), Point(nan, 5), cSlack));
+
+    mask.reset(32, 32);
+    const Point flat[3] = { Point(2, 2), Point(30, 30), Point(16, 16) };
+    const Point infinite[3] = { Point(2, 2), Point(HUGE_VAL, 2), Point(2, 30) };
+    mask.cover(flat, 3, cSlack);
+    mask.cover(notANumber, 3, cSlack);
+    mask.cover(infinite, 3, cSlack);
+    const auto small = Box(5, 5, 7, 7);
+    EXPECT_FALSE(mask.hides(small.data(), 4, cSlack));
+}
