@@ -69,7 +69,7 @@ public:
     static GlyphBatch& shared()
     {
         static GlyphBatch batch;
-        batch.mArrays.clear();
+        batch.mBegin = batch.mArrays.mark();
         return batch;
     }
 
@@ -102,8 +102,8 @@ public:
 
     void flush()
     {
-        DeferredCurveDrawing::glyphs(mArrays);
-        mArrays.clear();
+        DeferredCurveDrawing::glyphs(mBegin);
+        mBegin = mArrays.mark();
     }
 
 private:
@@ -134,7 +134,9 @@ private:
         }
     }
 
-    GlyphArrays mArrays;
+    // The vertices go straight to where a deferred drawing holds them.
+    GlyphArrays& mArrays = DeferredCurveDrawing::glyphArrays();
+    GlyphArrays::Mark mBegin {};
 };
 
 void DrawStrip(const std::vector<PlainVertex>& iPoints, const QColor& iColour)

@@ -25,13 +25,13 @@ constexpr double cRasterSlack = 1.0 / 32.0;
 /// largest term are allowed for, which covers the products of the matrices as well.
 constexpr double cFloatUlps = 8.0;
 
-enum class Role { Strip, KeyFills, KeyOutlines, TangentLines, HandleFills, HandleOutlines };
+constexpr GLenum cModes[GlyphArrays::cKinds] = { GL_QUADS, GL_LINES, GL_LINES, GL_TRIANGLES, GL_LINES };
+constexpr int cStrip = GlyphArrays::cKinds;
 
 struct Draw
 {
-    Role role;
-    GLenum mode;
-    int first, count; // vertices in the store of the role's kind
+    int kind; // of GlyphArrays, or cStrip
+    int first, count; // vertices in the array of the kind
     GLfloat r, g, b; // a strip's colour
 };
 
@@ -39,17 +39,18 @@ struct Draw
 struct Store
 {
     std::vector<PlainVertex> strips;
-    std::vector<ColouredVertex> glyphs;
+    GlyphArrays glyphs;
     std::vector<Draw> draws;
     // One flag a primitive, at the index of its first vertex: a strip's line starts at its vertex.
-    std::vector<char> stripKept, glyphKept;
+    std::vector<char> stripKept, glyphKept[GlyphArrays::cKinds];
     std::vector<ColouredVertex> scratch;
     OcclusionMask mask;
 
     void clear()
     {
         strips.clear();
-        glyphs.clear();
+        for (int kind = 0; kind < GlyphArrays::cKinds; ++kind)
+            glyphs[kind].clear();
         draws.clear();
     }
 };
@@ -119,30 +120,32 @@ private:
     double mXx = 0, mXy = 0, mX0 = 0, mYx = 0, mYy = 0, mY0 = 0, mTranslationX = 0, mTranslationY = 0;
 };
 
-bool IsFill(Role iRole)
+bool IsFill(int iKind)
 {
-    return iRole == Role::KeyFills || iRole == Role::HandleFills;
+    return iKind == GlyphArrays::cKeyFills || iKind == GlyphArrays::cHandleFills;
 }
 
-/// Marks in iKept, from iDraw's last primitive to its first, the primitives the mask doesn't
-/// hide, and adds each opaque fill that stays to the mask.
+/// Marks, from iDraw's last primitive to its first, the primitives the mask doesn't hide, and
+/// adds each opaque fill that stays to the mask.
 void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Store& ioStore)
 {
-    const int perPrimitive = VerticesPerPrimitive(iDraw.mode);
-    const bool fill = IsFill(iDraw.role);
+    const int perPrimitive = VerticesPerPrimitive(cModes[iDraw.kind]);
+    const bool fill = IsFill(iDraw.kind);
+    const std::vector<ColouredVertex>& vertices = ioStore.glyphs[iDraw.kind];
+    std::vector<char>& kept = ioStore.glyphKept[iDraw.kind];
     for (int first = iDraw.first + (iDraw.count / perPrimitive - 1) * perPrimitive; first >= iDraw.first;
          first -= perPrimitive) {
-        const ColouredVertex* vertices = &ioStore.glyphs[std::size_t(first)];
+        const ColouredVertex* primitive = &vertices[std::size_t(first)];
         Point corners[4];
         double slack = 0.0;
         for (int i = 0; i < perPrimitive; ++i) {
-            corners[i] = iPlacement(&vertices[i].x);
-            slack = std::max(slack, iPlacement.slack(&vertices[i].x));
+            corners[i] = iPlacement(&primitive[i].x);
+            slack = std::max(slack, iPlacement.slack(&primitive[i].x));
         }
         const bool hidden = fill ? ioStore.mask.hides(corners, perPrimitive, slack)
                                  : ioStore.mask.hidesLine(corners[0], corners[1], slack);
-        ioStore.glyphKept[std::size_t(first)] = !hidden;
-        if (fill && !hidden && vertices[0].a >= 1.0f)
+        kept[std::size_t(first)] = !hidden;
+        if (fill && !hidden && primitive[0].a >= 1.0f)
             ioStore.mask.cover(corners, perPrimitive, slack);
     }
 }
@@ -159,7 +162,7 @@ void CullStrip(const Draw& iDraw, const Placement& iPlacement, Store& ioStore)
 
 void Cull(const Draw& iDraw, const Placement& iPlacement, Store& ioStore)
 {
-    if (iDraw.role == Role::Strip)
+    if (iDraw.kind == cStrip)
         CullStrip(iDraw, iPlacement, ioStore);
     else
         CullGlyphs(iDraw, iPlacement, ioStore);
@@ -172,7 +175,7 @@ void CullAll(const Placement& iPlacement, Store& ioStore)
     ioStore.mask.reset(iPlacement.width, iPlacement.height);
     bool covering = false; // lines after the last fill have nothing to hide them
     for (auto draw = ioStore.draws.rbegin(); draw != ioStore.draws.rend(); ++draw) {
-        covering = covering || IsFill(draw->role);
+        covering = covering || IsFill(draw->kind);
         if (covering)
             Cull(*draw, iPlacement, ioStore);
     }
@@ -205,35 +208,37 @@ void DrawKeptStrip(const Draw& iDraw, const Store& iStore)
 
 void DrawKeptGlyphs(const Draw& iDraw, Store& ioStore)
 {
-    const int perPrimitive = VerticesPerPrimitive(iDraw.mode);
-    const auto begin = ioStore.glyphKept.begin() + iDraw.first;
-    if (std::all_of(begin, begin + iDraw.count, [](char iKept) { return iKept; })) {
-        DrawColouredVertices(iDraw.mode, &ioStore.glyphs[std::size_t(iDraw.first)], iDraw.count);
+    const GLenum mode = cModes[iDraw.kind];
+    const int perPrimitive = VerticesPerPrimitive(mode);
+    const ColouredVertex* vertices = &ioStore.glyphs[iDraw.kind][std::size_t(iDraw.first)];
+    const auto kept = ioStore.glyphKept[iDraw.kind].begin() + iDraw.first;
+    if (std::all_of(kept, kept + iDraw.count, [](char iKept) { return iKept; })) {
+        DrawColouredVertices(mode, vertices, iDraw.count);
         return;
     }
-    std::vector<ColouredVertex>& kept = ioStore.scratch;
-    kept.clear();
-    for (int first = iDraw.first; first + perPrimitive <= iDraw.first + iDraw.count; first += perPrimitive)
-        if (ioStore.glyphKept[std::size_t(first)])
-            kept.insert(kept.end(), ioStore.glyphs.begin() + first, ioStore.glyphs.begin() + first + perPrimitive);
-    DrawColouredVertices(iDraw.mode, kept);
-}
-
-void Record(Role iRole, GLenum iMode, const std::vector<ColouredVertex>& iVertices)
-{
-    if (iVertices.empty())
-        return;
-    Store& store = TheStore();
-    store.draws.push_back({ iRole, iMode, int(store.glyphs.size()), int(iVertices.size()), 0.0f, 0.0f, 0.0f });
-    store.glyphs.insert(store.glyphs.end(), iVertices.begin(), iVertices.end());
+    std::vector<ColouredVertex>& drawn = ioStore.scratch;
+    drawn.clear();
+    for (int i = 0; i + perPrimitive <= iDraw.count; i += perPrimitive)
+        if (kept[i])
+            drawn.insert(drawn.end(), vertices + i, vertices + i + perPrimitive);
+    DrawColouredVertices(mode, drawn);
 }
 
 } // namespace
 
-void GlyphArrays::clear()
+std::vector<ColouredVertex>& GlyphArrays::operator[](int iKind)
 {
-    for (auto* vertices : { &keyFills, &keyOutlines, &tangentLines, &handleFills, &handleOutlines })
-        vertices->clear();
+    std::vector<ColouredVertex>* const kinds[cKinds]
+        = { &keyFills, &keyOutlines, &tangentLines, &handleFills, &handleOutlines };
+    return *kinds[iKind];
+}
+
+GlyphArrays::Mark GlyphArrays::mark()
+{
+    Mark mark;
+    for (int kind = 0; kind < cKinds; ++kind)
+        mark.sizes[kind] = (*this)[kind].size();
+    return mark;
 }
 
 DeferredCurveDrawing::DeferredCurveDrawing()
@@ -260,14 +265,15 @@ void DeferredCurveDrawing::finish()
     gOpen = false;
     Store& store = TheStore();
     store.stripKept.assign(store.strips.size(), 1);
-    store.glyphKept.assign(store.glyphs.size(), 1);
+    for (int kind = 0; kind < GlyphArrays::cKinds; ++kind)
+        store.glyphKept[kind].assign(store.glyphs[kind].size(), 1);
     Placement placement;
     if (placement.read())
         CullAll(placement, store);
 
     glLineWidth(cLineWidth);
     for (const Draw& draw : store.draws) {
-        if (draw.role == Role::Strip)
+        if (draw.kind == cStrip)
             DrawKeptStrip(draw, store);
         else
             DrawKeptGlyphs(draw, store);
@@ -279,7 +285,7 @@ void DeferredCurveDrawing::strip(const std::vector<PlainVertex>& iPoints, const 
 {
     if (iPoints.size() < 2)
         return;
-    Draw draw { Role::Strip, GL_LINE_STRIP, 0, int(iPoints.size()), 0.0f, 0.0f, 0.0f };
+    Draw draw { cStrip, 0, int(iPoints.size()), 0.0f, 0.0f, 0.0f };
     SetColour(iColour, draw.r, draw.g, draw.b);
     if (!gOpen) {
         glColor3f(draw.r, draw.g, draw.b);
@@ -293,22 +299,30 @@ void DeferredCurveDrawing::strip(const std::vector<PlainVertex>& iPoints, const 
     store.strips.insert(store.strips.end(), iPoints.begin(), iPoints.end());
 }
 
-void DeferredCurveDrawing::glyphs(const GlyphArrays& iGlyphs)
+GlyphArrays& DeferredCurveDrawing::glyphArrays()
 {
-    if (!gOpen) {
-        glLineWidth(cLineWidth);
-        DrawColouredVertices(GL_QUADS, iGlyphs.keyFills);
-        DrawColouredVertices(GL_LINES, iGlyphs.keyOutlines);
-        DrawColouredVertices(GL_LINES, iGlyphs.tangentLines);
-        DrawColouredVertices(GL_TRIANGLES, iGlyphs.handleFills);
-        DrawColouredVertices(GL_LINES, iGlyphs.handleOutlines);
+    return TheStore().glyphs;
+}
+
+void DeferredCurveDrawing::glyphs(const GlyphArrays::Mark& iFrom)
+{
+    Store& store = TheStore();
+    if (gOpen) {
+        for (int kind = 0; kind < GlyphArrays::cKinds; ++kind) {
+            const int first = int(iFrom.sizes[kind]);
+            const int count = int(store.glyphs[kind].size()) - first;
+            if (count > 0)
+                store.draws.push_back({ kind, first, count, 0.0f, 0.0f, 0.0f });
+        }
         return;
     }
-    Record(Role::KeyFills, GL_QUADS, iGlyphs.keyFills);
-    Record(Role::KeyOutlines, GL_LINES, iGlyphs.keyOutlines);
-    Record(Role::TangentLines, GL_LINES, iGlyphs.tangentLines);
-    Record(Role::HandleFills, GL_TRIANGLES, iGlyphs.handleFills);
-    Record(Role::HandleOutlines, GL_LINES, iGlyphs.handleOutlines);
+    glLineWidth(cLineWidth);
+    for (int kind = 0; kind < GlyphArrays::cKinds; ++kind) {
+        std::vector<ColouredVertex>& vertices = store.glyphs[kind];
+        const std::size_t first = std::min(iFrom.sizes[kind], vertices.size());
+        DrawColouredVertices(cModes[kind], vertices.data() + first, int(vertices.size() - first));
+        vertices.resize(first);
+    }
 }
 
 } // namespace v22

@@ -10,13 +10,21 @@ namespace Ovantis {
 namespace SplinorEditorQtLib {
 namespace v22 {
 
-/// The glyphs of one pass over a curve, or of one single glyph routine, in the order they are
-/// drawn: keyframes, then tangent lines, then tangent handles.
+/// Glyph vertices by kind, each kind in the order drawn; a batch of glyphs draws all its
+/// keyframes, then its tangent lines, then its tangent handles.
 struct GlyphArrays
 {
+    enum Kind { cKeyFills, cKeyOutlines, cTangentLines, cHandleFills, cHandleOutlines, cKinds };
+
     std::vector<ColouredVertex> keyFills, keyOutlines, tangentLines, handleFills, handleOutlines;
 
-    void clear();
+    std::vector<ColouredVertex>& operator[](int iKind);
+    /// The sizes of the arrays, where a batch begins.
+    struct Mark
+    {
+        std::size_t sizes[cKinds];
+    };
+    Mark mark();
 };
 
 /// While one is open, the curve glyph routines hold back what they draw, and finish() draws it
@@ -40,8 +48,10 @@ public:
 
     /// A line strip in iColour, drawn now if none is open.
     static void strip(const std::vector<PlainVertex>& iPoints, const QColor& iColour);
-    /// Glyphs, drawn now if none is open.
-    static void glyphs(const GlyphArrays& iGlyphs);
+    /// The arrays glyph batches add their vertices to, so that nothing is copied to hold them.
+    static GlyphArrays& glyphArrays();
+    /// The glyphs added since iFrom, as one batch: held, or drawn now and dropped if none is open.
+    static void glyphs(const GlyphArrays::Mark& iFrom);
 
 private:
     bool mOwner;

@@ -11,8 +11,8 @@ namespace {
 
 constexpr int cMaxCorners = 4;
 
-/// floor and ceil for values already clamped near a mask's range, where they agree with the
-/// library's and cost a conversion instead of a call.
+/// floor and ceil for values already clamped to a mask's range (up to a thousand pixels beyond
+/// it), where they agree with the library's and cost a conversion instead of a call.
 int Floor(double iValue)
 {
     return int(iValue + 1024.0) - 1024;
@@ -20,6 +20,17 @@ int Floor(double iValue)
 int Ceil(double iValue)
 {
     return -Floor(-iValue);
+}
+
+/// Whether four corners in order are those of a rectangle with level and upright sides, whose
+/// rows all meet it alike: a keyframe's square in a view without rotation.
+bool IsUpright(const OcclusionMask::Point* iCorners, int iCount)
+{
+    if (iCount != 4)
+        return false;
+    const OcclusionMask::Point* c = iCorners;
+    return (c[0].x == c[1].x && c[2].x == c[3].x && c[1].y == c[2].y && c[3].y == c[0].y)
+        || (c[0].y == c[1].y && c[2].y == c[3].y && c[1].x == c[2].x && c[3].x == c[0].x);
 }
 
 /// A convex polygon as it meets horizontal lines: between a bottom and a top, x lies right of
@@ -185,33 +196,77 @@ template <class Shape> bool OcclusionMask::isHidden(const Shape& iShape) const
 
 bool OcclusionMask::hides(const Point* iCorners, int iCount, double iSlack) const
 {
+    if (iCount < 3 || iCount > cMaxCorners)
+        return false;
+    if (IsUpright(iCorners, iCount)) {
+        const double left = std::min(iCorners[0].x, iCorners[2].x), right = std::max(iCorners[0].x, iCorners[2].x);
+        const double bottom = std::min(iCorners[0].y, iCorners[2].y), top = std::max(iCorners[0].y, iCorners[2].y);
+        return hidesBox(left - iSlack, bottom - iSlack, right + iSlack, top + iSlack);
+    }
     Region region;
-    return iCount >= 3 && iCount <= cMaxCorners && region.set(iCorners, iCount, iSlack) && isHidden(region);
+    return region.set(iCorners, iCount, iSlack) && isHidden(region);
 }
 
 bool OcclusionMask::hidesLine(const Point& iFrom, const Point& iTo, double iSlack) const
 {
-    const LineBand band(iFrom, iTo, cLineReach + iSlack);
+    // A line within a pixel of level or upright fills its box but for slivers: the box is the
+    // cheaper outline, and as large.
+    const double reach = cLineReach + iSlack;
+    if (std::min(std::abs(iTo.x - iFrom.x), std::abs(iTo.y - iFrom.y)) <= 1.0)
+        return hidesBox(std::min(iFrom.x, iTo.x) - reach, std::min(iFrom.y, iTo.y) - reach,
+            std::max(iFrom.x, iTo.x) + reach, std::max(iFrom.y, iTo.y) + reach);
+    const LineBand band(iFrom, iTo, reach);
     return band.isFinite() && isHidden(band);
+}
+
+bool OcclusionMask::hidesBox(double iLeft, double iBottom, double iRight, double iTop) const
+{
+    if (mEmpty)
+        return false;
+    const double firstRow = std::ceil(iBottom - 0.5), lastRow = std::floor(iTop - 0.5);
+    const double first = std::ceil(iLeft - 0.5), last = std::floor(iRight - 0.5);
+    // Whatever may reach beyond the viewport is drawn; so is what isn't a number.
+    if (!(firstRow >= 0.0 && lastRow < mHeight && first >= 0.0 && last < mWidth))
+        return false;
+    for (int row = int(firstRow); row <= int(lastRow); ++row)
+        if (!isCovered(row, int(first), int(last)))
+            return false;
+    return true;
 }
 
 void OcclusionMask::cover(const Point* iCorners, int iCount, double iSlack)
 {
-    Region region;
-    if (iCount < 3 || iCount > cMaxCorners || !region.set(iCorners, iCount, -iSlack))
+    if (iCount < 3 || iCount > cMaxCorners)
         return;
-    const int firstRow = int(std::max(std::ceil(region.bottom() - 0.5), 0.0));
-    const int lastRow = int(std::min(std::floor(region.top() - 0.5), double(mHeight - 1)));
-    for (int row = firstRow; row <= lastRow; ++row) {
-        double low, high;
-        region.span(row + 0.5, low, high);
-        const int first = Ceil(std::max(low - 0.5, 0.0));
-        const int last = Floor(std::min(high - 0.5, double(mWidth - 1)));
-        std::uint64_t* words = &mBits[std::size_t(row) * std::size_t(mWordsPerRow)];
+    const auto fill = [this](int iRow, double iLow, double iHigh) {
+        const int first = Ceil(std::clamp(iLow - 0.5, 0.0, double(mWidth)));
+        const int last = Floor(std::clamp(iHigh - 0.5, -1.0, double(mWidth - 1)));
+        std::uint64_t* words = &mBits[std::size_t(iRow) * std::size_t(mWordsPerRow)];
         for (int word = first >> 6; first <= last && word <= last >> 6; ++word) {
             words[word] |= bitsOf(word, first, last);
             mEmpty = false;
         }
+    };
+    if (IsUpright(iCorners, iCount)) {
+        const double left = std::min(iCorners[0].x, iCorners[2].x), right = std::max(iCorners[0].x, iCorners[2].x);
+        const double bottom = std::min(iCorners[0].y, iCorners[2].y), top = std::max(iCorners[0].y, iCorners[2].y);
+        if (!std::isfinite(left + right + bottom + top))
+            return;
+        const int firstRow = Ceil(std::clamp(bottom + iSlack - 0.5, 0.0, double(mHeight)));
+        const int lastRow = Floor(std::clamp(top - iSlack - 0.5, -1.0, double(mHeight - 1)));
+        for (int row = firstRow; row <= lastRow; ++row)
+            fill(row, left + iSlack, right - iSlack);
+        return;
+    }
+    Region region;
+    if (!region.set(iCorners, iCount, -iSlack))
+        return;
+    const int firstRow = Ceil(std::clamp(region.bottom() - 0.5, 0.0, double(mHeight)));
+    const int lastRow = Floor(std::clamp(region.top() - 0.5, -1.0, double(mHeight - 1)));
+    for (int row = firstRow; row <= lastRow; ++row) {
+        double low, high;
+        region.span(row + 0.5, low, high);
+        fill(row, low, high);
     }
 }
 

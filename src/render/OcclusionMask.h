@@ -45,6 +45,9 @@ private:
     /// covered pixels of the mask and nowhere else.
     template <class Shape> bool isHidden(const Shape& iShape) const;
 
+    /// Whether the pixels whose centres lie in the box are all covered, and all in the mask.
+    bool hidesBox(double iLeft, double iBottom, double iRight, double iTop) const;
+
     /// The bits of columns iFirst to iLast that fall in word iWord of a row.
     static std::uint64_t bitsOf(int iWord, int iFirst, int iLast);
     bool isCovered(int iRow, int iFirst, int iLast) const;
