@@ -411,6 +411,16 @@ void DrawCurvePass(const Splinor& iCurve, bool iSelected, Selection& iSelection,
 
 } // namespace
 
+void BeginCurveStage()
+{
+    glHint(GL_LINE_SMOOTH_HINT, GL_NICEST);
+    glHint(GL_POLYGON_SMOOTH_HINT, GL_NICEST);
+    glEnable(GL_LINE_SMOOTH);
+    glEnable(GL_POLYGON_SMOOTH);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+}
+
 void DrawSegment(const Segment& iSegment, const Viewport& iViewport, const QColor& iColour)
 {
     std::vector<Vector>& points = SampleBuffer();

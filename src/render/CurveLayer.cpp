@@ -33,17 +33,6 @@ namespace {
 // Labels stand one every this many pixels along the bottom of the curves.
 constexpr int cLabelStep = 40;
 
-/// The GL state of each drawing stage: smooth, blended lines and polygons.
-void BeginStage()
-{
-    glHint(GL_LINE_SMOOTH_HINT, GL_NICEST);
-    glHint(GL_POLYGON_SMOOTH_HINT, GL_NICEST);
-    glEnable(GL_LINE_SMOOTH);
-    glEnable(GL_POLYGON_SMOOTH);
-    glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-}
-
 constexpr unsigned int cStageMask = 0xe00d;
 
 } // namespace
@@ -114,7 +103,7 @@ void CurveLayer::draw(const Viewport& iViewport) const
 
     {
         GLAttributeSentry sentry(cStageMask);
-        BeginStage();
+        BeginCurveStage();
         DeferredCurveDrawing deferred;
         for (Splinor* curve : visible)
             if (!mSelection->isSelected(*curve))
@@ -127,14 +116,14 @@ void CurveLayer::draw(const Viewport& iViewport) const
     }
     {
         GLAttributeSentry sentry(cStageMask);
-        BeginStage();
+        BeginCurveStage();
         for (Splinor* curve : visible)
             if (IsVelocityVisible(*curve))
                 DrawVelocity(*curve, iViewport, colours);
     }
     {
         GLAttributeSentry sentry(cStageMask);
-        BeginStage();
+        BeginCurveStage();
         for (Splinor* curve : visible)
             if (IsAccelerationVisible(*curve))
                 DrawAcceleration(*curve, iViewport, colours);

@@ -1,12 +1,11 @@
 #include "EditorTestUtil.h"
+#include "render/OffscreenGL.h"
 
 #include <gtest/gtest.h>
 
 #include <QImage>
-#include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLExtraFunctions>
-#include <QOpenGLFramebufferObject>
 #include <qopengl.h>
 
 #include <array>
@@ -43,12 +42,7 @@ class CurveCanvas : public ::testing::Test
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(mContext.create());
-        mSurface.setFormat(mContext.format());
-        mSurface.create();
-        ASSERT_TRUE(mContext.makeCurrent(&mSurface));
-        mFramebuffer = std::make_unique<QOpenGLFramebufferObject>(cWidth, cHeight);
-        ASSERT_TRUE(mFramebuffer->bind());
+        ASSERT_NO_FATAL_FAILURE(mGL.create(cWidth, cHeight));
         mViewport.setWindowBounds(Rect(0, 0, cWidth, cHeight));
     }
 
@@ -99,22 +93,16 @@ protected:
         glLoadIdentity();
         const Rect& world = mViewport.getWorldBounds();
         glOrtho(world.x, world.x + world.width, world.y, world.y + world.height, 0.0, 1.0);
-        glViewport(0, 0, cWidth, cHeight);
         glClearColor(0.1f, 0.1f, 0.1f, 1.0f);
         glClear(GL_COLOR_BUFFER_BIT);
-        glHint(GL_LINE_SMOOTH_HINT, GL_NICEST);
-        glHint(GL_POLYGON_SMOOTH_HINT, GL_NICEST);
-        glEnable(GL_LINE_SMOOTH);
-        glEnable(GL_POLYGON_SMOOTH);
-        glEnable(GL_BLEND);
-        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+        BeginCurveStage();
     }
 
     /// The scene as the curve layer draws it: unselected curves, selected ones, the hover.
     QImage draw(bool iDeferred)
     {
         prepare();
-        QOpenGLExtraFunctions& gl = *mContext.extraFunctions();
+        QOpenGLExtraFunctions& gl = *mGL.context().extraFunctions();
         GLuint query = 0;
         gl.glGenQueries(1, &query);
         gl.glBeginQuery(GL_PRIMITIVES_GENERATED, query);
@@ -134,10 +122,10 @@ protected:
         gl.glGetQueryObjectuiv(query, GL_QUERY_RESULT, &mPrimitives);
         gl.glDeleteQueries(1, &query);
         EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
-        return mFramebuffer->toImage();
+        return mGL.image();
     }
 
-    QImage framebufferImage() const { return mFramebuffer->toImage(); }
+    QImage framebufferImage() const { return mGL.image(); }
 
     /// The pixels where two images differ.
     static int Differences(const QImage& iA, const QImage& iB)
@@ -157,11 +145,7 @@ protected:
     GLuint mPrimitives = 0;
 
 private:
-    // Destroyed bottom up: the framebuffer while its context is current, the context before
-    // the surface it is current on.
-    QOffscreenSurface mSurface;
-    QOpenGLContext mContext;
-    std::unique_ptr<QOpenGLFramebufferObject> mFramebuffer;
+    OffscreenGL mGL;
 };
 
 } // namespace

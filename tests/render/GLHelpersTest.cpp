@@ -1,4 +1,5 @@
 #include "EditorTestUtil.h"
+#include "render/OffscreenGL.h"
 
 #include <gtest/gtest.h>
 
@@ -53,13 +54,7 @@ class GLCanvas : public ::testing::Test
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(mContext.create());
-        mSurface.setFormat(mContext.format());
-        mSurface.create();
-        ASSERT_TRUE(mContext.makeCurrent(&mSurface));
-        mFramebuffer = std::make_unique<QOpenGLFramebufferObject>(128, 128);
-        ASSERT_TRUE(mFramebuffer->bind());
-        glViewport(0, 0, 128, 128);
+        ASSERT_NO_FATAL_FAILURE(mGL.create(128, 128));
         glMatrixMode(GL_PROJECTION);
         glOrtho(0, 128, 0, 128, -1, 1);
         glMatrixMode(GL_MODELVIEW);
@@ -90,11 +85,7 @@ protected:
     }
 
 private:
-    // Destroyed bottom up: the framebuffer while its context is current, the context before
-    // the surface it is current on.
-    QOffscreenSurface mSurface;
-    QOpenGLContext mContext;
-    std::unique_ptr<QOpenGLFramebufferObject> mFramebuffer;
+    OffscreenGL mGL;
 };
 
 // --- Sentries ---------------------------------------------------------------------------------

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
+#include <QOpenGLFramebufferObject>
+
+#include <memory>
+
+namespace EditorTest {
+
+/// A real GL context, current on an off-screen surface and drawing into a framebuffer of the
+/// given size, with a viewport over all of it.
+class OffscreenGL
+{
+public:
+    /// Fails the test under way if any step fails.
+    void create(int iWidth, int iHeight)
+    {
+        ASSERT_TRUE(mContext.create());
+        mSurface.setFormat(mContext.format());
+        mSurface.create();
+        ASSERT_TRUE(mContext.makeCurrent(&mSurface));
+        mFramebuffer = std::make_unique<QOpenGLFramebufferObject>(iWidth, iHeight);
+        ASSERT_TRUE(mFramebuffer->bind());
+        glViewport(0, 0, iWidth, iHeight);
+    }
+
+    QOpenGLContext& context() { return mContext; }
+    QImage image() const { return mFramebuffer->toImage(); }
+
+private:
+    // Destroyed bottom up: the framebuffer while its context is current, the context before
+    // the surface it is current on.
+    QOffscreenSurface mSurface;
+    QOpenGLContext mContext;
+    std::unique_ptr<QOpenGLFramebufferObject> mFramebuffer;
+};
+
+} // namespace EditorTest
