@@ -47,8 +47,8 @@ protected:
     }
 
     /// A scene with each kind of pass: a bare line; a curve selected whole; one selected whole
-    /// with locked keys in another colour, a breakdown and Fixed tangents; one with only some keys selected, whose
-    /// other keys are hollow; and a hovered key on top.
+    /// with locked keys in another colour, a breakdown and Fixed tangents; one with only some
+    /// keys selected, whose other keys are hollow; and a hovered item on top.
     void buildScene(double iX0)
     {
         mCurves = SplinorContainer::create();
@@ -151,8 +151,7 @@ private:
 } // namespace
 
 // The pixels must not change at all: every primitive left out lies under opaque glyphs drawn
-// after it, or under keys of its own colour. Far from the origin GL's float placement strays,
-// and the slack must grow with it.
+// after it. Far from the origin GL's float placement strays, and the slack must grow with it.
 TEST_F(CurveCanvas, deferred_drawing_leaves_out_most_primitives_of_a_dense_view_and_not_one_pixel)
 {
     for (const double x0 : { 0.0, 2.0e5, 4.0e6 }) {
