@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <cstring>
 
 namespace Ovantis {
 namespace SplinorEditorQtLib {
@@ -24,6 +25,19 @@ constexpr double cRasterSlack = 1.0 / 32.0;
 /// GL places vertices with float arithmetic; errors of this many units in the last place of the
 /// largest term are allowed for, which covers the products of the matrices as well.
 constexpr double cFloatUlps = 8.0;
+/// Where polygons are smoothed or multisampled, an edge lights any pixel it passes through, and
+/// only a pixel wholly inside is opaque: half a pixel's diagonal on top of the slack.
+constexpr double cPartialPixel = 0.7072;
+/// Smoothed lines as rasterisers other than Mesa's own may draw them, a little wider.
+constexpr double cWiderLines = 0.5;
+
+/// Whether the rasteriser is one of Mesa's software ones, which ignore polygon smoothing and
+/// whose smoothed lines were measured: the look of the others is not known here.
+bool IsKnownRasteriser()
+{
+    const char* renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+    return renderer && (std::strstr(renderer, "llvmpipe") || std::strstr(renderer, "softpipe"));
+}
 
 constexpr GLenum cModes[GlyphArrays::cKinds] = { GL_QUADS, GL_LINES, GL_LINES, GL_TRIANGLES, GL_LINES };
 constexpr int cStrip = GlyphArrays::cKinds;
@@ -95,6 +109,12 @@ public:
         mY0 = (t[13] + 1.0) * halfHeight;
         mTranslationX = std::abs(t[12]) * halfWidth;
         mTranslationY = std::abs(t[13]) * halfHeight;
+        const bool known = IsKnownRasteriser();
+        GLint sampleBuffers = 0;
+        glGetIntegerv(GL_SAMPLE_BUFFERS, &sampleBuffers);
+        const bool multisampled = sampleBuffers > 0 && glIsEnabled(GL_MULTISAMPLE);
+        fillMargin = multisampled || (glIsEnabled(GL_POLYGON_SMOOTH) && !known) ? cPartialPixel : 0.0;
+        lineMargin = (multisampled ? cPartialPixel : 0.0) + (known ? 0.0 : cWiderLines);
         return std::isfinite(mXx + mXy + mX0 + mYx + mYy + mY0);
     }
 
@@ -115,6 +135,9 @@ public:
     }
 
     int width = 0, height = 0;
+    /// Added to the slack of fills and of lines where the rasteriser may light more pixels than
+    /// their centres, or than a measured line does.
+    double fillMargin = 0.0, lineMargin = 0.0;
 
 private:
     double mXx = 0, mXy = 0, mX0 = 0, mYx = 0, mYy = 0, mY0 = 0, mTranslationX = 0, mTranslationY = 0;
@@ -142,6 +165,7 @@ void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Store& ioStore)
             corners[i] = iPlacement(&primitive[i].x);
             slack = std::max(slack, iPlacement.slack(&primitive[i].x));
         }
+        slack += fill ? iPlacement.fillMargin : iPlacement.lineMargin;
         const bool hidden = fill ? ioStore.mask.hides(corners, perPrimitive, slack)
                                  : ioStore.mask.hidesLine(corners[0], corners[1], slack);
         kept[std::size_t(first)] = !hidden;
@@ -154,7 +178,8 @@ void CullStrip(const Draw& iDraw, const Placement& iPlacement, Store& ioStore)
 {
     const PlainVertex* points = &ioStore.strips[std::size_t(iDraw.first)];
     for (int i = 0; i + 1 < iDraw.count; ++i) {
-        const double slack = std::max(iPlacement.slack(&points[i].x), iPlacement.slack(&points[i + 1].x));
+        const double slack
+            = std::max(iPlacement.slack(&points[i].x), iPlacement.slack(&points[i + 1].x)) + iPlacement.lineMargin;
         ioStore.stripKept[std::size_t(iDraw.first + i)]
             = !ioStore.mask.hidesLine(iPlacement(&points[i].x), iPlacement(&points[i + 1].x), slack);
     }

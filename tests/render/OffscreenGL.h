@@ -16,20 +16,30 @@ namespace EditorTest {
 class OffscreenGL
 {
 public:
-    /// Fails the test under way if any step fails.
-    void create(int iWidth, int iHeight)
+    /// Fails the test under way if any step fails. With iSamples above 0 the framebuffer is
+    /// multisampled, and image() gives it resolved.
+    void create(int iWidth, int iHeight, int iSamples = 0)
     {
         ASSERT_TRUE(mContext.create());
         mSurface.setFormat(mContext.format());
         mSurface.create();
         ASSERT_TRUE(mContext.makeCurrent(&mSurface));
-        mFramebuffer = std::make_unique<QOpenGLFramebufferObject>(iWidth, iHeight);
+        QOpenGLFramebufferObjectFormat format;
+        format.setSamples(iSamples);
+        mFramebuffer = std::make_unique<QOpenGLFramebufferObject>(iWidth, iHeight, format);
         ASSERT_TRUE(mFramebuffer->bind());
         glViewport(0, 0, iWidth, iHeight);
     }
 
     QOpenGLContext& context() { return mContext; }
-    QImage image() const { return mFramebuffer->toImage(); }
+    /// What was drawn; drawing goes on into the framebuffer, which resolving a multisampled one
+    /// would otherwise leave unbound.
+    QImage image() const
+    {
+        const QImage image = mFramebuffer->toImage();
+        mFramebuffer->bind();
+        return image;
+    }
 
 private:
     // Destroyed bottom up: the framebuffer while its context is current, the context before
