@@ -17,7 +17,9 @@
 #include <QMouseEvent>
 #include <qopengl.h>
 
+#include <algorithm>
 #include <map>
+#include <optional>
 #include <vector>
 
 namespace Ovantis {
@@ -104,15 +106,21 @@ void CurveLayer::draw(const Viewport& iViewport) const
     {
         GLAttributeSentry sentry(cStageMask);
         BeginCurveStage();
-        DeferredCurveDrawing deferred;
+        // Only the glyphs of selected curves hide anything. Bare lines alone are drawn as they
+        // come, and GL rasterises each while the next is sampled.
+        std::optional<DeferredCurveDrawing> deferred;
+        const auto selected = [this](const Splinor* iCurve) { return mSelection->isSelected(*iCurve); };
+        if (std::any_of(visible.begin(), visible.end(), selected))
+            deferred.emplace();
         for (Splinor* curve : visible)
-            if (!mSelection->isSelected(*curve))
+            if (!selected(curve))
                 DrawUnselectedCurve(*curve, iViewport, colours, mHover);
         for (Splinor* curve : visible)
-            if (mSelection->isSelected(*curve))
+            if (selected(curve))
                 DrawSelectedCurve(*curve, *mSelection, iViewport, colours, mHover);
         DrawHoverItem(mHover, *mSelection, iViewport, colours);
-        deferred.finish();
+        if (deferred)
+            deferred->finish();
     }
     {
         GLAttributeSentry sentry(cStageMask);
