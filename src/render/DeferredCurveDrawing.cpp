@@ -28,15 +28,15 @@ constexpr double cFloatUlps = 8.0;
 /// Where polygons are smoothed or multisampled, an edge lights any pixel it passes through, and
 /// only a pixel wholly inside is opaque: half a pixel's diagonal on top of the slack.
 constexpr double cPartialPixel = 0.7072;
-/// Smoothed lines as rasterisers other than Mesa's own may draw them, a little wider.
+/// Smoothed lines as rasterisers other than llvmpipe may draw them, a little wider.
 constexpr double cWiderLines = 0.5;
 
-/// Whether the rasteriser is one of Mesa's software ones, which ignore polygon smoothing and
-/// whose smoothed lines were measured: the look of the others is not known here.
+/// Whether the rasteriser is Mesa's llvmpipe, which ignores polygon smoothing and whose smoothed
+/// lines were measured: the look of the others is not known here.
 bool IsKnownRasteriser()
 {
     const char* renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
-    return renderer && (std::strstr(renderer, "llvmpipe") || std::strstr(renderer, "softpipe"));
+    return renderer && std::strstr(renderer, "llvmpipe");
 }
 
 constexpr GLenum cModes[GlyphArrays::cKinds] = { GL_QUADS, GL_LINES, GL_LINES, GL_TRIANGLES, GL_LINES };
