@@ -89,30 +89,6 @@ void Paint(benchmark::State& state, std::size_t iKeys, double iViewWidth, bool i
     scene.widget->getSelection()->clear();
 }
 
-void PaintFramed1000(benchmark::State& state)
-{
-    Paint(state, 1000, 1000.0, false);
-}
-void PaintFramed1000Selected(benchmark::State& state)
-{
-    Paint(state, 1000, 1000.0, true);
-}
-void PaintFramed10000(benchmark::State& state)
-{
-    Paint(state, 10000, 10000.0, false);
-}
-void PaintFramed10000Selected(benchmark::State& state)
-{
-    Paint(state, 10000, 10000.0, true);
-}
-void PaintWindowOf100000(benchmark::State& state)
-{
-    Paint(state, 100000, 1000.0, false);
-}
-void PaintWindowOf100000Selected(benchmark::State& state)
-{
-    Paint(state, 100000, 1000.0, true);
-}
 // The machines these run on are shared, and a paint's threads are at the mercy of the others';
 // the least of several runs is the figure the code alone decides.
 void PaintSettings(benchmark::internal::Benchmark* ioBenchmark)
@@ -122,12 +98,13 @@ void PaintSettings(benchmark::internal::Benchmark* ioBenchmark)
         ->ComputeStatistics("min",
             [](const std::vector<double>& iValues) { return *std::min_element(iValues.begin(), iValues.end()); });
 }
-BENCHMARK(PaintFramed1000)->Apply(PaintSettings);
-BENCHMARK(PaintFramed1000Selected)->Apply(PaintSettings);
-BENCHMARK(PaintFramed10000)->Apply(PaintSettings);
-BENCHMARK(PaintFramed10000Selected)->Apply(PaintSettings);
-BENCHMARK(PaintWindowOf100000)->Apply(PaintSettings);
-BENCHMARK(PaintWindowOf100000Selected)->Apply(PaintSettings);
+// Keys per curve, view width in keys, everything selected.
+BENCHMARK_CAPTURE(Paint, Framed1000, 1000, 1000.0, false)->Apply(PaintSettings);
+BENCHMARK_CAPTURE(Paint, Framed1000Selected, 1000, 1000.0, true)->Apply(PaintSettings);
+BENCHMARK_CAPTURE(Paint, Framed10000, 10000, 10000.0, false)->Apply(PaintSettings);
+BENCHMARK_CAPTURE(Paint, Framed10000Selected, 10000, 10000.0, true)->Apply(PaintSettings);
+BENCHMARK_CAPTURE(Paint, WindowOf100000, 100000, 1000.0, false)->Apply(PaintSettings);
+BENCHMARK_CAPTURE(Paint, WindowOf100000Selected, 100000, 1000.0, true)->Apply(PaintSettings);
 
 // A pick on each mouse move over a large scene: only the segment under the pointer is looked at,
 // and on selected curves the handles near it.
@@ -149,16 +126,8 @@ void Pick(benchmark::State& state, bool iSelectAll)
     }
     scene.widget->getSelection()->clear();
 }
-void PickOnMove(benchmark::State& state)
-{
-    Pick(state, false);
-}
-void PickOnMoveAllSelected(benchmark::State& state)
-{
-    Pick(state, true);
-}
-BENCHMARK(PickOnMove)->Unit(benchmark::kMicrosecond);
-BENCHMARK(PickOnMoveAllSelected)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(Pick, OnMove, false)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(Pick, OnMoveAllSelected, true)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 
