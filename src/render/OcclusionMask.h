@@ -24,10 +24,11 @@ class OcclusionMask
 public:
     using Point = SplinorLib::v19::Vector2D<double>;
 
-    /// A smoothed line of width 1 lights pixels up to about a pixel from its axis (1.06 at
-    /// most, measured); the outline of a line is the axis with a square of this half side slid
-    /// along it.
-    static constexpr double cLineReach = 1.5;
+    /// A smoothed line of width 1 lights pixels up to about a pixel from its axis; the outline
+    /// of a line is the axis with a square of this half side slid along it. Over 40,000 lines of
+    /// every length, direction and sub-pixel place, llvmpipe lit none farther than 1.058 by
+    /// that measure (1.0625 straight), and this allows as much again on top.
+    static constexpr double cLineReach = 1.125;
 
     /// Uncovers all and takes the viewport's size; a size below one pixel covers nothing.
     void reset(int iWidth, int iHeight);

@@ -256,12 +256,12 @@ TEST(OcclusionMask, hides_only_what_lies_on_pixel_centres_an_opaque_polygon_sure
     EXPECT_FALSE(mask.hides(tooClose.data(), 4, cSlack));
     EXPECT_TRUE(mask.hides(triangle, 3, cSlack));
 
-    // A smoothed line lights pixels about a pixel either side of it, and beyond its ends.
+    // A smoothed line lights pixels a little over a pixel either side of it, and beyond its ends.
     EXPECT_TRUE(mask.hidesLine(Point(13, 14), Point(26, 25), cSlack));
-    EXPECT_FALSE(mask.hidesLine(Point(10.8, 14), Point(26, 25), cSlack));
-    EXPECT_FALSE(mask.hidesLine(Point(20, 27), Point(20, 29.2), cSlack));
-    EXPECT_FALSE(mask.hidesLine(Point(12, 20), Point(29.1, 20), cSlack)) << "level, past the right edge";
-    EXPECT_TRUE(mask.hidesLine(Point(12, 20), Point(27.6, 20), cSlack));
+    EXPECT_FALSE(mask.hidesLine(Point(10.6, 14), Point(26, 25), cSlack));
+    EXPECT_FALSE(mask.hidesLine(Point(20, 27), Point(20, 29.4), cSlack));
+    EXPECT_FALSE(mask.hidesLine(Point(12, 20), Point(29.4, 20), cSlack)) << "level, past the right edge";
+    EXPECT_TRUE(mask.hidesLine(Point(12, 20), Point(29.3, 20), cSlack));
 }
 
 TEST(OcclusionMask, a_triangle_covers_only_inside_its_slanted_edges)
@@ -289,7 +289,7 @@ TEST(OcclusionMask, nothing_beyond_the_viewport_or_of_no_area_or_not_finite_is_h
     const auto beyond = Box(40, 10, 44, 14);
     EXPECT_FALSE(mask.hides(straddling.data(), 4, cSlack)) << "GL may draw past a viewport";
     EXPECT_FALSE(mask.hides(beyond.data(), 4, cSlack));
-    EXPECT_FALSE(mask.hidesLine(Point(30, 5), Point(31.2, 5), cSlack));
+    EXPECT_FALSE(mask.hidesLine(Point(30, 5), Point(31.5, 5), cSlack));
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const Point notANumber[3] = { Point(5, 5), Point(nan, 9), Point(9, 5) };
     EXPECT_FALSE(mask.hides(notANumber, 3, cSlack));
@@ -303,4 +303,51 @@ TEST(OcclusionMask, nothing_beyond_the_viewport_or_of_no_area_or_not_finite_is_h
     mask.cover(infinite, 3, cSlack);
     const auto small = Box(5, 5, 7, 7);
     EXPECT_FALSE(mask.hides(small.data(), 4, cSlack));
+}
+
+// Culling trusts the outline the mask gives a smoothed line: every pixel the rasteriser lights
+// must lie in it, for lines of any length, direction and place within a pixel.
+TEST(OcclusionMask, a_smoothed_line_lights_no_pixel_outside_its_outline)
+{
+    constexpr int cSize = 48;
+    OffscreenGL gl;
+    ASSERT_NO_FATAL_FAILURE(gl.create(cSize, cSize));
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glOrtho(0.0, cSize, 0.0, cSize, -1.0, 1.0);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    BeginCurveStage();
+    glLineWidth(1.0f);
+
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> place(18.0, 30.0), length(0.0, 12.0), angle(0.0, 2.0 * M_PI);
+    int lit = 0;
+    for (int line = 0; line < 400; ++line) {
+        const Point from(place(random), place(random));
+        const double l = line % 3 == 0 ? length(random) * 0.1 : length(random), a = angle(random);
+        const Point to(from.x + l * std::cos(a), from.y + l * std::sin(a));
+        glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
+        glClear(GL_COLOR_BUFFER_BIT);
+        const ColouredVertex vertices[2] = { { GLfloat(from.x), GLfloat(from.y), 1.0f, 1.0f, 1.0f, 1.0f },
+            { GLfloat(to.x), GLfloat(to.y), 1.0f, 1.0f, 1.0f, 1.0f } };
+        DrawColouredVertices(GL_LINES, vertices, 2);
+        const QImage image = gl.image();
+        for (int y = 0; y < cSize; ++y)
+            for (int x = 0; x < cSize; ++x) {
+                if (image.pixel(x, cSize - 1 - y) == 0u)
+                    continue;
+                ++lit;
+                // Everything but this pixel covered: the line hides only if its outline misses it.
+                OcclusionMask mask;
+                mask.reset(cSize, cSize);
+                for (const auto& box : { Box(0, 0, x, cSize), Box(x + 1, 0, cSize, cSize), Box(x, 0, x + 1, y),
+                         Box(x, y + 1, x + 1, cSize) })
+                    mask.cover(box.data(), 4, 0.0);
+                // The vertices lie where GL puts them: no slack but the outline's own.
+                EXPECT_FALSE(mask.hidesLine(from, to, 0.0)) << "pixel " << x << ", " << y << " of the line from "
+                                                           << from.x << ", " << from.y << " to " << to.x << ", " << to.y;
+            }
+    }
+    EXPECT_GT(lit, 4000) << "the lines were drawn";
 }
