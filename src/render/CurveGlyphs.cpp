@@ -65,11 +65,12 @@ struct Rgb
 class GlyphBatch
 {
 public:
-    /// The batch of the paint under way, empty; a paint never builds two at once.
+    /// The batch of this thread, empty; a thread never builds two at once.
     static GlyphBatch& shared()
     {
-        static GlyphBatch batch;
-        batch.mBegin = batch.mArrays.mark();
+        thread_local GlyphBatch batch;
+        batch.mArrays = &DeferredCurveDrawing::glyphArrays();
+        batch.mBegin = batch.mArrays->mark();
         return batch;
     }
 
@@ -85,25 +86,25 @@ public:
         const double y = iPosition.y;
         const Vector square[4] = { { x - hx, y - hy }, { x - hx, y + hy }, { x + hx, y + hy }, { x + hx, y - hy } };
         const Vector diamond[4] = { { x - hx, y }, { x, y - hy }, { x + hx, y }, { x, y + hy } };
-        polygon(iBreakdown ? diamond : square, 4, Rgba(iColour, 1.0f), iFilled, mArrays.keyFills, mArrays.keyOutlines);
+        polygon(iBreakdown ? diamond : square, 4, Rgba(iColour, 1.0f), iFilled, mArrays->keyFills, mArrays->keyOutlines);
     }
 
     void tangentLine(const Vector& iFrom, const Vector& iTo, const Rgb& iColour)
     {
         const ColouredVertex colour = Rgba(iColour, cTangentLineAlpha);
-        add(mArrays.tangentLines, iFrom, colour);
-        add(mArrays.tangentLines, iTo, colour);
+        add(mArrays->tangentLines, iFrom, colour);
+        add(mArrays->tangentLines, iTo, colour);
     }
 
     void handle(const Vector iCorners[3], const Rgb& iColour, bool iFilled)
     {
-        polygon(iCorners, 3, Rgba(iColour, 1.0f), iFilled, mArrays.handleFills, mArrays.handleOutlines);
+        polygon(iCorners, 3, Rgba(iColour, 1.0f), iFilled, mArrays->handleFills, mArrays->handleOutlines);
     }
 
     void flush()
     {
         DeferredCurveDrawing::glyphs(mBegin);
-        mBegin = mArrays.mark();
+        mBegin = mArrays->mark();
     }
 
 private:
@@ -135,7 +136,7 @@ private:
     }
 
     // The vertices go straight to where a deferred drawing holds them.
-    GlyphArrays& mArrays = DeferredCurveDrawing::glyphArrays();
+    GlyphArrays* mArrays = nullptr;
     GlyphArrays::Mark mBegin {};
 };
 
@@ -156,16 +157,16 @@ void AppendToStrip(const std::vector<Vector>& iSamples, std::vector<PlainVertex>
     }
 }
 
-/// Buffers reused from segment to segment and paint to paint.
+/// Buffers reused from segment to segment and paint to paint, one a thread.
 std::vector<Vector>& SampleBuffer()
 {
-    static std::vector<Vector> buffer;
+    thread_local std::vector<Vector> buffer;
     return buffer;
 }
 
 std::vector<PlainVertex>& StripBuffer()
 {
-    static std::vector<PlainVertex> buffer;
+    thread_local std::vector<PlainVertex> buffer;
     return buffer;
 }
 

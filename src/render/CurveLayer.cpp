@@ -19,7 +19,7 @@
 
 #include <algorithm>
 #include <map>
-#include <optional>
+#include <functional>
 #include <vector>
 
 namespace Ovantis {
@@ -108,19 +108,23 @@ void CurveLayer::draw(const Viewport& iViewport) const
         BeginCurveStage();
         // Only the glyphs of selected curves hide anything. Bare lines alone are drawn as they
         // come, and GL rasterises each while the next is sampled.
-        std::optional<DeferredCurveDrawing> deferred;
         const auto selected = [this](const Splinor* iCurve) { return mSelection->isSelected(*iCurve); };
-        if (std::any_of(visible.begin(), visible.end(), selected))
-            deferred.emplace();
-        for (Splinor* curve : visible)
-            if (!selected(curve))
+        if (std::none_of(visible.begin(), visible.end(), selected)) {
+            for (Splinor* curve : visible)
                 DrawUnselectedCurve(*curve, iViewport, colours, mHover);
-        for (Splinor* curve : visible)
-            if (selected(curve))
-                DrawSelectedCurve(*curve, *mSelection, iViewport, colours, mHover);
-        DrawHoverItem(mHover, *mSelection, iViewport, colours);
-        if (deferred)
-            deferred->finish();
+            DrawHoverItem(mHover, *mSelection, iViewport, colours);
+        } else {
+            std::vector<std::function<void()>> steps;
+            for (Splinor* curve : visible)
+                if (!selected(curve))
+                    steps.push_back([&, curve] { DrawUnselectedCurve(*curve, iViewport, colours, mHover); });
+            for (Splinor* curve : visible)
+                if (selected(curve))
+                    steps.push_back(
+                        [&, curve] { DrawSelectedCurve(*curve, *mSelection, iViewport, colours, mHover); });
+            steps.push_back([&] { DrawHoverItem(mHover, *mSelection, iViewport, colours); });
+            DeferredCurveDrawing().finish(steps);
+        }
     }
     {
         GLAttributeSentry sentry(cStageMask);

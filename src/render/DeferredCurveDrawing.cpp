@@ -7,7 +7,13 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <condition_variable>
 #include <cstring>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <system_error>
+#include <thread>
 
 namespace Ovantis {
 namespace SplinorEditorQtLib {
@@ -49,16 +55,14 @@ struct Draw
     GLfloat r, g, b; // a strip's colour
 };
 
-/// What an open deferred drawing holds, kept from paint to paint so that its buffers stay.
-struct Store
+/// What one step of a deferred drawing held back, and which of its primitives stay: one flag a
+/// primitive, at the index of its first vertex (a strip's line starts at its vertex).
+struct Part
 {
     std::vector<PlainVertex> strips;
     GlyphArrays glyphs;
     std::vector<Draw> draws;
-    // One flag a primitive, at the index of its first vertex: a strip's line starts at its vertex.
     std::vector<char> stripKept, glyphKept[GlyphArrays::cKinds];
-    std::vector<ColouredVertex> scratch;
-    OcclusionMask mask;
 
     void clear()
     {
@@ -67,6 +71,33 @@ struct Store
             glyphs[kind].clear();
         draws.clear();
     }
+
+    void keepAll()
+    {
+        stripKept.assign(strips.size(), 1);
+        for (int kind = 0; kind < GlyphArrays::cKinds; ++kind)
+            glyphKept[kind].assign(glyphs[kind].size(), 1);
+    }
+};
+
+/// What an open deferred drawing holds, in the order drawn, kept from paint to paint so that
+/// the buffers stay.
+struct Store
+{
+    std::vector<std::unique_ptr<Part>> parts; // the first `used` hold this drawing's
+    std::size_t used = 0;
+    std::vector<ColouredVertex> scratch;
+    OcclusionMask mask;
+
+    Part& add()
+    {
+        if (used == parts.size())
+            parts.push_back(std::make_unique<Part>());
+        Part& part = *parts[used++];
+        part.clear();
+        return part;
+    }
+    void clear() { used = 0; }
 };
 
 Store& TheStore()
@@ -75,7 +106,16 @@ Store& TheStore()
     return store;
 }
 
-bool gOpen = false;
+/// Where the glyph routines on this thread hold what they draw; none while no drawing is open,
+/// and they draw at once.
+thread_local Part* tPart = nullptr;
+
+/// The arrays glyphs are gathered in before they are drawn at once.
+GlyphArrays& ImmediateArrays()
+{
+    thread_local GlyphArrays arrays;
+    return arrays;
+}
 
 /// Where GL puts a vertex of the current matrices, in pixels from the viewport's corner.
 class Placement
@@ -150,12 +190,12 @@ bool IsFill(int iKind)
 
 /// Marks, from iDraw's last primitive to its first, the primitives the mask doesn't hide, and
 /// adds each opaque fill that stays to the mask.
-void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Store& ioStore)
+void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, OcclusionMask& ioMask)
 {
     const int perPrimitive = VerticesPerPrimitive(cModes[iDraw.kind]);
     const bool fill = IsFill(iDraw.kind);
-    const std::vector<ColouredVertex>& vertices = ioStore.glyphs[iDraw.kind];
-    std::vector<char>& kept = ioStore.glyphKept[iDraw.kind];
+    const std::vector<ColouredVertex>& vertices = ioPart.glyphs[iDraw.kind];
+    std::vector<char>& kept = ioPart.glyphKept[iDraw.kind];
     for (int first = iDraw.first + (iDraw.count / perPrimitive - 1) * perPrimitive; first >= iDraw.first;
          first -= perPrimitive) {
         const ColouredVertex* primitive = &vertices[std::size_t(first)];
@@ -166,45 +206,60 @@ void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Store& ioStore)
             slack = std::max(slack, iPlacement.slack(&primitive[i].x));
         }
         slack += fill ? iPlacement.fillMargin : iPlacement.lineMargin;
-        const bool hidden = fill ? ioStore.mask.hides(corners, perPrimitive, slack)
-                                 : ioStore.mask.hidesLine(corners[0], corners[1], slack);
+        const bool hidden = fill ? ioMask.hides(corners, perPrimitive, slack)
+                                 : ioMask.hidesLine(corners[0], corners[1], slack);
         kept[std::size_t(first)] = !hidden;
         if (fill && !hidden && primitive[0].a >= 1.0f)
-            ioStore.mask.cover(corners, perPrimitive, slack);
+            ioMask.cover(corners, perPrimitive, slack);
     }
 }
 
-void CullStrip(const Draw& iDraw, const Placement& iPlacement, Store& ioStore)
+void CullStrip(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, const OcclusionMask& iMask)
 {
-    const PlainVertex* points = &ioStore.strips[std::size_t(iDraw.first)];
+    const PlainVertex* points = &ioPart.strips[std::size_t(iDraw.first)];
     for (int i = 0; i + 1 < iDraw.count; ++i) {
         const double slack
             = std::max(iPlacement.slack(&points[i].x), iPlacement.slack(&points[i + 1].x)) + iPlacement.lineMargin;
-        ioStore.stripKept[std::size_t(iDraw.first + i)]
-            = !ioStore.mask.hidesLine(iPlacement(&points[i].x), iPlacement(&points[i + 1].x), slack);
+        ioPart.stripKept[std::size_t(iDraw.first + i)]
+            = !iMask.hidesLine(iPlacement(&points[i].x), iPlacement(&points[i + 1].x), slack);
     }
 }
 
-void Cull(const Draw& iDraw, const Placement& iPlacement, Store& ioStore)
+/// Culls parts from the last drawn to the first, and the draws of each from its last to its
+/// first, so that whatever may hide a primitive is in the mask before it is looked at.
+class Culling
 {
-    if (iDraw.kind == cStrip)
-        CullStrip(iDraw, iPlacement, ioStore);
-    else
-        CullGlyphs(iDraw, iPlacement, ioStore);
-}
-
-/// Walks the draws from the last to the first, so that whatever may hide a primitive is in the
-/// mask before it is looked at.
-void CullAll(const Placement& iPlacement, Store& ioStore)
-{
-    ioStore.mask.reset(iPlacement.width, iPlacement.height);
-    bool covering = false; // lines after the last fill have nothing to hide them
-    for (auto draw = ioStore.draws.rbegin(); draw != ioStore.draws.rend(); ++draw) {
-        covering = covering || IsFill(draw->kind);
-        if (covering)
-            Cull(*draw, iPlacement, ioStore);
+public:
+    explicit Culling(OcclusionMask& ioMask)
+        : mMask(ioMask)
+        , mOn(mPlacement.read())
+    {
+        if (mOn)
+            mMask.reset(mPlacement.width, mPlacement.height);
     }
-}
+
+    void cull(Part& ioPart)
+    {
+        ioPart.keepAll();
+        if (!mOn)
+            return;
+        for (auto draw = ioPart.draws.rbegin(); draw != ioPart.draws.rend(); ++draw) {
+            mCovering = mCovering || IsFill(draw->kind);
+            if (!mCovering)
+                continue;
+            if (draw->kind == cStrip)
+                CullStrip(*draw, mPlacement, ioPart, mMask);
+            else
+                CullGlyphs(*draw, mPlacement, ioPart, mMask);
+        }
+    }
+
+private:
+    Placement mPlacement;
+    OcclusionMask& mMask;
+    bool mOn;
+    bool mCovering = false; // lines after the last fill have nothing to hide them
+};
 
 void SetColour(const QColor& iColour, GLfloat& oR, GLfloat& oG, GLfloat& oB)
 {
@@ -214,7 +269,7 @@ void SetColour(const QColor& iColour, GLfloat& oR, GLfloat& oG, GLfloat& oB)
 }
 
 /// Draws a strip's runs of kept lines, each as a strip of its own.
-void DrawKeptStrip(const Draw& iDraw, const Store& iStore)
+void DrawKeptStrip(const Draw& iDraw, const Part& iStore)
 {
     glColor3f(iDraw.r, iDraw.g, iDraw.b);
     const int end = iDraw.first + iDraw.count - 1; // the last line starts here
@@ -231,17 +286,17 @@ void DrawKeptStrip(const Draw& iDraw, const Store& iStore)
     }
 }
 
-void DrawKeptGlyphs(const Draw& iDraw, Store& ioStore)
+void DrawKeptGlyphs(const Draw& iDraw, const Part& iPart, std::vector<ColouredVertex>& ioScratch)
 {
     const GLenum mode = cModes[iDraw.kind];
     const int perPrimitive = VerticesPerPrimitive(mode);
-    const ColouredVertex* vertices = &ioStore.glyphs[iDraw.kind][std::size_t(iDraw.first)];
-    const auto kept = ioStore.glyphKept[iDraw.kind].begin() + iDraw.first;
+    const ColouredVertex* vertices = &iPart.glyphs[iDraw.kind][std::size_t(iDraw.first)];
+    const auto kept = iPart.glyphKept[iDraw.kind].begin() + iDraw.first;
     if (std::all_of(kept, kept + iDraw.count, [](char iKept) { return iKept; })) {
         DrawColouredVertices(mode, vertices, iDraw.count);
         return;
     }
-    std::vector<ColouredVertex>& drawn = ioStore.scratch;
+    std::vector<ColouredVertex>& drawn = ioScratch;
     drawn.clear();
     for (int i = 0; i + perPrimitive <= iDraw.count; i += perPrimitive)
         if (kept[i])
@@ -249,11 +304,86 @@ void DrawKeptGlyphs(const Draw& iDraw, Store& ioStore)
     DrawColouredVertices(mode, drawn);
 }
 
+/// Runs the steps, each holding what it draws in its own part from iFirstPart on, and culls
+/// each part as soon as it is held. With a core to spare, a second thread runs the steps from
+/// the last while this one culls: the model is read by one thread at a time, and the parts
+/// culled here are those the other has finished with.
+void HoldSteps(const std::vector<std::function<void()>>& iSteps, std::size_t iFirstPart, Store& ioStore,
+    Culling& ioCulling)
+{
+    const std::size_t count = iSteps.size();
+    const auto run = [&](std::size_t iStep) {
+        struct Holding
+        {
+            explicit Holding(Part* iPart) { tPart = iPart; }
+            ~Holding() { tPart = nullptr; }
+        } holding(ioStore.parts[iFirstPart + iStep].get());
+        iSteps[iStep]();
+    };
+    std::mutex mutex;
+    std::condition_variable held;
+    std::size_t pending = count; // steps from this one on are held
+    std::exception_ptr failure;
+    std::thread worker;
+    if (count > 1 && std::thread::hardware_concurrency() > 1) {
+        try {
+            worker = std::thread([&] {
+                for (std::size_t step = count; step-- > 0;) {
+                    try {
+                        run(step);
+                    } catch (...) {
+                        const std::lock_guard<std::mutex> lock(mutex);
+                        failure = std::current_exception();
+                        pending = 0;
+                        held.notify_one();
+                        return;
+                    }
+                    const std::lock_guard<std::mutex> lock(mutex);
+                    pending = step;
+                    held.notify_one();
+                }
+            });
+        } catch (const std::system_error&) {
+        }
+    }
+    if (!worker.joinable()) {
+        for (std::size_t step = 0; step < count; ++step)
+            run(step);
+        for (std::size_t step = count; step-- > 0;)
+            ioCulling.cull(*ioStore.parts[iFirstPart + step]);
+        return;
+    }
+    {
+        // Whatever happens here, the worker is waited for: it uses what this frame holds.
+        struct Joining
+        {
+            std::thread& worker;
+            ~Joining() { worker.join(); }
+        } joining { worker };
+        for (std::size_t step = count; step-- > 0;) {
+            {
+                std::unique_lock<std::mutex> lock(mutex);
+                held.wait(lock, [&] { return pending <= step || failure; });
+                if (failure)
+                    break;
+            }
+            ioCulling.cull(*ioStore.parts[iFirstPart + step]);
+        }
+    }
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
 } // namespace
 
 std::vector<ColouredVertex>& GlyphArrays::operator[](int iKind)
 {
-    std::vector<ColouredVertex>* const kinds[cKinds]
+    return const_cast<std::vector<ColouredVertex>&>(static_cast<const GlyphArrays&>(*this)[iKind]);
+}
+
+const std::vector<ColouredVertex>& GlyphArrays::operator[](int iKind) const
+{
+    const std::vector<ColouredVertex>* const kinds[cKinds]
         = { &keyFills, &keyOutlines, &tangentLines, &handleFills, &handleOutlines };
     return *kinds[iKind];
 }
@@ -267,41 +397,55 @@ GlyphArrays::Mark GlyphArrays::mark()
 }
 
 DeferredCurveDrawing::DeferredCurveDrawing()
-    : mOwner(!gOpen)
+    : mOwner(!tPart)
 {
     if (mOwner) {
-        TheStore().clear();
-        gOpen = true;
+        Store& store = TheStore();
+        store.clear();
+        tPart = &store.add();
     }
 }
 
 DeferredCurveDrawing::~DeferredCurveDrawing()
 {
-    if (mOwner && gOpen) {
+    if (mOwner && tPart) {
         TheStore().clear();
-        gOpen = false;
+        tPart = nullptr;
     }
 }
 
 void DeferredCurveDrawing::finish()
 {
-    if (!mOwner || !gOpen)
+    finish({});
+}
+
+void DeferredCurveDrawing::finish(const std::vector<std::function<void()>>& iLastSteps)
+{
+    if (!mOwner || !tPart) {
+        for (const auto& step : iLastSteps)
+            step();
         return;
-    gOpen = false;
+    }
     Store& store = TheStore();
-    store.stripKept.assign(store.strips.size(), 1);
-    for (int kind = 0; kind < GlyphArrays::cKinds; ++kind)
-        store.glyphKept[kind].assign(store.glyphs[kind].size(), 1);
-    Placement placement;
-    if (placement.read())
-        CullAll(placement, store);
+    const std::size_t firstStep = store.used;
+    for (std::size_t i = 0; i < iLastSteps.size(); ++i)
+        store.add();
+    tPart = nullptr;
+
+    Culling culling(store.mask);
+    HoldSteps(iLastSteps, firstStep, store, culling);
+    for (std::size_t i = firstStep; i-- > 0;)
+        culling.cull(*store.parts[i]);
 
     glLineWidth(cLineWidth);
-    for (const Draw& draw : store.draws) {
-        if (draw.kind == cStrip)
-            DrawKeptStrip(draw, store);
-        else
-            DrawKeptGlyphs(draw, store);
+    for (std::size_t i = 0; i < store.used; ++i) {
+        const Part& part = *store.parts[i];
+        for (const Draw& draw : part.draws) {
+            if (draw.kind == cStrip)
+                DrawKeptStrip(draw, part);
+            else
+                DrawKeptGlyphs(draw, part, store.scratch);
+        }
     }
     store.clear();
 }
@@ -312,38 +456,36 @@ void DeferredCurveDrawing::strip(const std::vector<PlainVertex>& iPoints, const 
         return;
     Draw draw { cStrip, 0, int(iPoints.size()), 0.0f, 0.0f, 0.0f };
     SetColour(iColour, draw.r, draw.g, draw.b);
-    if (!gOpen) {
+    if (!tPart) {
         glColor3f(draw.r, draw.g, draw.b);
         glLineWidth(cLineWidth);
         DrawLineStrip(iPoints);
         return;
     }
-    Store& store = TheStore();
-    draw.first = int(store.strips.size());
-    store.draws.push_back(draw);
-    store.strips.insert(store.strips.end(), iPoints.begin(), iPoints.end());
+    draw.first = int(tPart->strips.size());
+    tPart->draws.push_back(draw);
+    tPart->strips.insert(tPart->strips.end(), iPoints.begin(), iPoints.end());
 }
 
 GlyphArrays& DeferredCurveDrawing::glyphArrays()
 {
-    return TheStore().glyphs;
+    return tPart ? tPart->glyphs : ImmediateArrays();
 }
 
 void DeferredCurveDrawing::glyphs(const GlyphArrays::Mark& iFrom)
 {
-    Store& store = TheStore();
-    if (gOpen) {
+    if (tPart) {
         for (int kind = 0; kind < GlyphArrays::cKinds; ++kind) {
             const int first = int(iFrom.sizes[kind]);
-            const int count = int(store.glyphs[kind].size()) - first;
+            const int count = int(tPart->glyphs[kind].size()) - first;
             if (count > 0)
-                store.draws.push_back({ kind, first, count, 0.0f, 0.0f, 0.0f });
+                tPart->draws.push_back({ kind, first, count, 0.0f, 0.0f, 0.0f });
         }
         return;
     }
     glLineWidth(cLineWidth);
     for (int kind = 0; kind < GlyphArrays::cKinds; ++kind) {
-        std::vector<ColouredVertex>& vertices = store.glyphs[kind];
+        std::vector<ColouredVertex>& vertices = ImmediateArrays()[kind];
         const std::size_t first = std::min(iFrom.sizes[kind], vertices.size());
         DrawColouredVertices(cModes[kind], vertices.data() + first, int(vertices.size() - first));
         vertices.resize(first);

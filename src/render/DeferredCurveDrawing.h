@@ -2,6 +2,7 @@
 
 #include "render/VertexArrays.h"
 
+#include <functional>
 #include <vector>
 
 class QColor;
@@ -19,6 +20,7 @@ struct GlyphArrays
     std::vector<ColouredVertex> keyFills, keyOutlines, tangentLines, handleFills, handleOutlines;
 
     std::vector<ColouredVertex>& operator[](int iKind);
+    const std::vector<ColouredVertex>& operator[](int iKind) const;
     /// The sizes of the arrays, where a batch begins.
     struct Mark
     {
@@ -45,6 +47,13 @@ public:
 
     /// Draws what was held back, without what is hidden, and closes.
     void finish();
+    /// Runs the steps as the last drawing of this one, each as if after the one before, then
+    /// finishes. Each step's lines and glyphs are held apart; with a core to spare a second
+    /// thread runs the steps from the last while this one leaves out what is hidden in those
+    /// already run. A step may read the model, the selection and the view, and draw through the
+    /// glyph routines, but touch nothing this thread may touch meanwhile: no GL, no observers.
+    /// An exception from a step ends the drawing, and comes out of here.
+    void finish(const std::vector<std::function<void()>>& iLastSteps);
 
     /// A line strip in iColour, drawn now if none is open.
     static void strip(const std::vector<PlainVertex>& iPoints, const QColor& iColour);

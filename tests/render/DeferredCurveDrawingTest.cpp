@@ -9,6 +9,9 @@
 #include <qopengl.h>
 
 #include <array>
+#include <functional>
+#include <stdexcept>
+#include <vector>
 #include <cmath>
 #include <iterator>
 #include <limits>
@@ -101,8 +104,12 @@ protected:
         BeginCurveStage();
     }
 
+    /// Drawn at once; held back and drawn at the end; or the same, with all but the first curve
+    /// drawn in steps that run on another thread.
+    enum Mode { cImmediate, cDeferred, cInSteps };
+
     /// The scene as the curve layer draws it: unselected curves, selected ones, the hover.
-    QImage draw(bool iDeferred)
+    QImage draw(Mode iMode)
     {
         prepare();
         QOpenGLExtraFunctions& gl = *mGL->context().extraFunctions();
@@ -110,16 +117,26 @@ protected:
         gl.glGenQueries(1, &query);
         gl.glBeginQuery(GL_PRIMITIVES_GENERATED, query);
         {
-            std::unique_ptr<DeferredCurveDrawing> deferred(iDeferred ? new DeferredCurveDrawing : nullptr);
+            std::vector<std::function<void()>> steps;
             for (const auto& curve : *mCurves)
                 if (!mSelection->isSelected(*curve))
-                    DrawUnselectedCurve(*curve, mViewport, mColours, mHover);
+                    steps.push_back([this, curve] { DrawUnselectedCurve(*curve, mViewport, mColours, mHover); });
             for (const auto& curve : *mCurves)
                 if (mSelection->isSelected(*curve))
-                    DrawSelectedCurve(*curve, *mSelection, mViewport, mColours, mHover);
-            DrawHoverItem(mHover, *mSelection, mViewport, mColours);
-            if (deferred)
-                deferred->finish();
+                    steps.push_back(
+                        [this, curve] { DrawSelectedCurve(*curve, *mSelection, mViewport, mColours, mHover); });
+            steps.push_back([this] { DrawHoverItem(mHover, *mSelection, mViewport, mColours); });
+            if (iMode == cInSteps) {
+                DeferredCurveDrawing deferred;
+                steps.front()();
+                deferred.finish({ steps.begin() + 1, steps.end() });
+            } else {
+                std::unique_ptr<DeferredCurveDrawing> deferred(iMode == cDeferred ? new DeferredCurveDrawing : nullptr);
+                for (const auto& step : steps)
+                    step();
+                if (deferred)
+                    deferred->finish();
+            }
         }
         gl.glEndQuery(GL_PRIMITIVES_GENERATED);
         gl.glGetQueryObjectuiv(query, GL_QUERY_RESULT, &mPrimitives);
@@ -128,7 +145,16 @@ protected:
         return mGL->image();
     }
 
-    QImage framebufferImage() const { return mGL->image(); }
+    /// Whether nothing has been drawn since prepare().
+    bool blank() const
+    {
+        const QImage image = mGL->image();
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (image.pixel(x, y) != image.pixel(0, 0))
+                    return false;
+        return true;
+    }
 
     /// The pixels where two images differ.
     static int Differences(const QImage& iA, const QImage& iB)
@@ -162,11 +188,15 @@ TEST_F(CurveCanvas, deferred_drawing_leaves_out_most_primitives_of_a_dense_view_
         buildScene(x0);
         ASSERT_NE(mHover.getType(), HitRecord::cNothing) << "a handle or key under the pointer";
 
-        const QImage immediate = draw(false);
+        const QImage immediate = draw(cImmediate);
         const GLuint all = mPrimitives;
-        const QImage deferred = draw(true);
+        const QImage deferred = draw(cDeferred);
+        const GLuint kept = mPrimitives;
+        const QImage inSteps = draw(cInSteps);
 
         EXPECT_EQ(Differences(immediate, deferred), 0);
+        EXPECT_EQ(Differences(immediate, inSteps), 0);
+        EXPECT_EQ(mPrimitives, kept) << "steps on another thread leave out what a single one does";
         // Away from the origin GL's rounding leaves less sure, and at 4e6 a float's step is a
         // quarter of a pixel.
         if (x0 == 0.0)
@@ -182,8 +212,8 @@ TEST_F(CurveCanvas, deferred_drawing_leaves_multisampled_pixels_as_they_are)
     ASSERT_NO_FATAL_FAILURE(open(4));
     buildScene(0.0);
 
-    const QImage immediate = draw(false);
-    const QImage deferred = draw(true);
+    const QImage immediate = draw(cImmediate);
+    const QImage deferred = draw(cDeferred);
 
     EXPECT_EQ(Differences(immediate, deferred), 0);
 }
@@ -192,14 +222,6 @@ TEST_F(CurveCanvas, a_drawing_dropped_before_its_end_draws_nothing_and_an_inner_
 {
     buildScene(0.0);
     Splinor& selected = **std::next(mCurves->begin());
-    const auto blank = [this] {
-        const QImage image = framebufferImage();
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                if (image.pixel(x, y) != image.pixel(0, 0))
-                    return false;
-        return true;
-    };
     prepare();
 
     {
@@ -216,6 +238,21 @@ TEST_F(CurveCanvas, a_drawing_dropped_before_its_end_draws_nothing_and_an_inner_
     }
     EXPECT_TRUE(blank());
     outer.finish();
+    EXPECT_FALSE(blank());
+}
+
+TEST_F(CurveCanvas, a_step_that_throws_ends_the_drawing_with_nothing_drawn_and_the_next_draws_as_ever)
+{
+    buildScene(0.0);
+    Splinor& selected = **std::next(mCurves->begin());
+    const auto draws = [&] { DrawSelectedCurve(selected, *mSelection, mViewport, mColours, mHover); };
+    const auto throws = [] { throw std::runtime_error("a step failed"); };
+    prepare();
+
+    EXPECT_THROW(DeferredCurveDrawing().finish({ draws, throws, draws }), std::runtime_error);
+    EXPECT_TRUE(blank());
+
+    DeferredCurveDrawing().finish({ draws, draws });
     EXPECT_FALSE(blank());
 }
 
