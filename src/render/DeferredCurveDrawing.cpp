@@ -164,14 +164,25 @@ public:
         return { mXx * x + mXy * y + mX0, mYx * x + mYy * y + mY0 };
     }
 
-    /// The slack for a vertex: the rasteriser's own, and GL's float error, which grows with the
-    /// size of the terms it sums.
-    double slack(const GLfloat* iXY) const
+    /// The slack for vertices whose coordinates are at most iX and iY in size: the rasteriser's
+    /// own, and GL's float error, which grows with the size of the terms it sums.
+    double slack(double iX, double iY) const
     {
-        const double x = std::abs(iXY[0]), y = std::abs(iXY[1]);
-        const double largest = std::max(std::abs(mXx) * x + std::abs(mXy) * y + mTranslationX,
-            std::abs(mYx) * x + std::abs(mYy) * y + mTranslationY);
+        const double largest = std::max(std::abs(mXx) * iX + std::abs(mXy) * iY + mTranslationX,
+            std::abs(mYx) * iX + std::abs(mYy) * iY + mTranslationY);
         return cRasterSlack + cFloatUlps * FLT_EPSILON * (largest + std::max(width, height));
+    }
+
+    /// The corners of iCount vertices in pixels, and the slack they allow.
+    template <class Vertex> double place(const Vertex* iVertices, int iCount, Point* oCorners) const
+    {
+        double x = 0.0, y = 0.0;
+        for (int i = 0; i < iCount; ++i) {
+            oCorners[i] = (*this)(&iVertices[i].x);
+            x = std::max(x, double(std::abs(iVertices[i].x)));
+            y = std::max(y, double(std::abs(iVertices[i].y)));
+        }
+        return slack(x, y);
     }
 
     int width = 0, height = 0;
@@ -200,17 +211,16 @@ void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, Oc
          first -= perPrimitive) {
         const ColouredVertex* primitive = &vertices[std::size_t(first)];
         Point corners[4];
-        double slack = 0.0;
-        for (int i = 0; i < perPrimitive; ++i) {
-            corners[i] = iPlacement(&primitive[i].x);
-            slack = std::max(slack, iPlacement.slack(&primitive[i].x));
-        }
-        slack += fill ? iPlacement.fillMargin : iPlacement.lineMargin;
-        const bool hidden = fill ? ioMask.hides(corners, perPrimitive, slack)
-                                 : ioMask.hidesLine(corners[0], corners[1], slack);
+        const double slack = iPlacement.place(primitive, perPrimitive, corners)
+            + (fill ? iPlacement.fillMargin : iPlacement.lineMargin);
+        bool hidden;
+        if (!fill)
+            hidden = ioMask.hidesLine(corners[0], corners[1], slack);
+        else if (primitive[0].a >= 1.0f)
+            hidden = ioMask.hidesOrCovers(corners, perPrimitive, slack);
+        else
+            hidden = ioMask.hides(corners, perPrimitive, slack);
         kept[std::size_t(first)] = !hidden;
-        if (fill && !hidden && primitive[0].a >= 1.0f)
-            ioMask.cover(corners, perPrimitive, slack);
     }
 }
 
@@ -218,10 +228,9 @@ void CullStrip(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, con
 {
     const PlainVertex* points = &ioPart.strips[std::size_t(iDraw.first)];
     for (int i = 0; i + 1 < iDraw.count; ++i) {
-        const double slack
-            = std::max(iPlacement.slack(&points[i].x), iPlacement.slack(&points[i + 1].x)) + iPlacement.lineMargin;
-        ioPart.stripKept[std::size_t(iDraw.first + i)]
-            = !iMask.hidesLine(iPlacement(&points[i].x), iPlacement(&points[i + 1].x), slack);
+        Point ends[2];
+        const double slack = iPlacement.place(&points[i], 2, ends) + iPlacement.lineMargin;
+        ioPart.stripKept[std::size_t(iDraw.first + i)] = !iMask.hidesLine(ends[0], ends[1], slack);
     }
 }
 

@@ -34,14 +34,14 @@ bool IsUpright(const OcclusionMask::Point* iCorners, int iCount)
 }
 
 /// A convex polygon as it meets horizontal lines: between a bottom and a top, x lies right of
-/// every left edge and left of every right edge. Each edge is moved out by a growth (in by a
-/// negative one) of at least the growth itself: g (1 + |slope|) horizontally, where the exact
+/// every left edge and left of every right edge. Each edge is moved out by a growth, or in by
+/// it when shrunk, of at least the growth itself: g (1 + |slope|) horizontally, where the exact
 /// offset would be g sqrt(1 + slope^2), spares a square root per edge and errs outward, or
 /// inward when shrinking.
 class Region
 {
 public:
-    /// False if the polygon has no area, or corners beyond doubles.
+    /// False if the polygon has no area, or corners beyond doubles. The region starts grown.
     bool set(const OcclusionMask::Point* iCorners, int iCount, double iGrowth)
     {
         double twiceArea = 0.0;
@@ -56,8 +56,8 @@ public:
         }
         if (!(std::abs(twiceArea) > 0.0) || !std::isfinite(twiceArea))
             return false;
-        mBottom -= iGrowth;
-        mTop += iGrowth;
+        mGrowth = iGrowth;
+        mOutward = 1.0;
         // Going round counter-clockwise (y up), edges that rise bound x on the right.
         const double turn = twiceArea > 0.0 ? 1.0 : -1.0;
         mLeftCount = mRightCount = 0;
@@ -68,26 +68,29 @@ public:
             if (rise == 0.0)
                 continue; // level: the band's bottom or top
             const double slope = (b.x - a.x) / (b.y - a.y);
-            const double offset = iGrowth * (1.0 + std::abs(slope));
+            const Edge edge { a.x - slope * a.y, slope, iGrowth * (1.0 + std::abs(slope)) };
             if (rise > 0.0)
-                mRight[mRightCount++] = { a.x - slope * a.y + offset, slope };
+                mRight[mRightCount++] = edge;
             else
-                mLeft[mLeftCount++] = { a.x - slope * a.y - offset, slope };
+                mLeft[mLeftCount++] = edge;
         }
         return true;
     }
 
-    double bottom() const { return mBottom; }
-    double top() const { return mTop; }
+    /// From here on, the polygon shrunk by the growth instead.
+    void shrink() { mOutward = -1.0; }
+
+    double bottom() const { return mBottom - mOutward * mGrowth; }
+    double top() const { return mTop + mOutward * mGrowth; }
 
     /// The x range at height iY; empty when low > high.
     void span(double iY, double& oLow, double& oHigh) const
     {
         double low = -HUGE_VAL, high = HUGE_VAL;
         for (int i = 0; i < mLeftCount; ++i)
-            low = std::max(low, mLeft[i].x0 + mLeft[i].slope * iY);
+            low = std::max(low, mLeft[i].x0 + mLeft[i].slope * iY - mOutward * mLeft[i].offset);
         for (int i = 0; i < mRightCount; ++i)
-            high = std::min(high, mRight[i].x0 + mRight[i].slope * iY);
+            high = std::min(high, mRight[i].x0 + mRight[i].slope * iY + mOutward * mRight[i].offset);
         oLow = low;
         oHigh = high;
     }
@@ -95,11 +98,33 @@ public:
 private:
     struct Edge
     {
-        double x0, slope; // x = x0 + slope y
+        double x0, slope, offset; // x = x0 + slope y, moved out by offset
     };
     Edge mLeft[cMaxCorners], mRight[cMaxCorners];
     int mLeftCount = 0, mRightCount = 0;
-    double mBottom = 0.0, mTop = 0.0;
+    double mBottom = 0.0, mTop = 0.0, mGrowth = 0.0, mOutward = 1.0;
+};
+
+/// An upright rectangle, as the other shapes meet rows.
+struct Rect
+{
+    double left, lower, right, upper;
+
+    /// The sides of a polygon that IsUpright() holds for, moved out by iGrowth (in if negative).
+    static Rect Of(const OcclusionMask::Point* iCorners, double iGrowth)
+    {
+        return { std::min(iCorners[0].x, iCorners[2].x) - iGrowth, std::min(iCorners[0].y, iCorners[2].y) - iGrowth,
+            std::max(iCorners[0].x, iCorners[2].x) + iGrowth, std::max(iCorners[0].y, iCorners[2].y) + iGrowth };
+    }
+
+    bool isFinite() const { return std::isfinite(left + lower + right + upper); }
+    double bottom() const { return lower; }
+    double top() const { return upper; }
+    void span(double, double& oLow, double& oHigh) const
+    {
+        oLow = left;
+        oHigh = right;
+    }
 };
 
 /// A line widened by a square of half side iReach slid along it: the rows it meets, and at each
@@ -199,12 +224,34 @@ bool OcclusionMask::hides(const Point* iCorners, int iCount, double iSlack) cons
     if (iCount < 3 || iCount > cMaxCorners)
         return false;
     if (IsUpright(iCorners, iCount)) {
-        const double left = std::min(iCorners[0].x, iCorners[2].x), right = std::max(iCorners[0].x, iCorners[2].x);
-        const double bottom = std::min(iCorners[0].y, iCorners[2].y), top = std::max(iCorners[0].y, iCorners[2].y);
-        return hidesBox(left - iSlack, bottom - iSlack, right + iSlack, top + iSlack);
+        const Rect box = Rect::Of(iCorners, iSlack);
+        return hidesBox(box.left, box.lower, box.right, box.upper);
     }
     Region region;
     return region.set(iCorners, iCount, iSlack) && isHidden(region);
+}
+
+bool OcclusionMask::hidesOrCovers(const Point* iCorners, int iCount, double iSlack)
+{
+    if (iCount < 3 || iCount > cMaxCorners)
+        return false;
+    if (IsUpright(iCorners, iCount)) {
+        const Rect box = Rect::Of(iCorners, iSlack);
+        if (hidesBox(box.left, box.lower, box.right, box.upper))
+            return true;
+        const Rect inside = Rect::Of(iCorners, -iSlack);
+        if (inside.isFinite())
+            fill(inside);
+        return false;
+    }
+    Region region;
+    if (!region.set(iCorners, iCount, iSlack))
+        return false;
+    if (isHidden(region))
+        return true;
+    region.shrink();
+    fill(region);
+    return false;
 }
 
 bool OcclusionMask::hidesLine(const Point& iFrom, const Point& iTo, double iSlack) const
@@ -238,35 +285,33 @@ void OcclusionMask::cover(const Point* iCorners, int iCount, double iSlack)
 {
     if (iCount < 3 || iCount > cMaxCorners)
         return;
-    const auto fill = [this](int iRow, double iLow, double iHigh) {
-        const int first = Ceil(std::clamp(iLow - 0.5, 0.0, double(mWidth)));
-        const int last = Floor(std::clamp(iHigh - 0.5, -1.0, double(mWidth - 1)));
-        std::uint64_t* words = &mBits[std::size_t(iRow) * std::size_t(mWordsPerRow)];
+    if (IsUpright(iCorners, iCount)) {
+        const Rect inside = Rect::Of(iCorners, -iSlack);
+        if (inside.isFinite())
+            fill(inside);
+        return;
+    }
+    Region region;
+    if (region.set(iCorners, iCount, iSlack)) {
+        region.shrink();
+        fill(region);
+    }
+}
+
+template <class Shape> void OcclusionMask::fill(const Shape& iShape)
+{
+    const int firstRow = Ceil(std::clamp(iShape.bottom() - 0.5, 0.0, double(mHeight)));
+    const int lastRow = Floor(std::clamp(iShape.top() - 0.5, -1.0, double(mHeight - 1)));
+    for (int row = firstRow; row <= lastRow; ++row) {
+        double low, high;
+        iShape.span(row + 0.5, low, high);
+        const int first = Ceil(std::clamp(low - 0.5, 0.0, double(mWidth)));
+        const int last = Floor(std::clamp(high - 0.5, -1.0, double(mWidth - 1)));
+        std::uint64_t* words = &mBits[std::size_t(row) * std::size_t(mWordsPerRow)];
         for (int word = first >> 6; first <= last && word <= last >> 6; ++word) {
             words[word] |= bitsOf(word, first, last);
             mEmpty = false;
         }
-    };
-    if (IsUpright(iCorners, iCount)) {
-        const double left = std::min(iCorners[0].x, iCorners[2].x), right = std::max(iCorners[0].x, iCorners[2].x);
-        const double bottom = std::min(iCorners[0].y, iCorners[2].y), top = std::max(iCorners[0].y, iCorners[2].y);
-        if (!std::isfinite(left + right + bottom + top))
-            return;
-        const int firstRow = Ceil(std::clamp(bottom + iSlack - 0.5, 0.0, double(mHeight)));
-        const int lastRow = Floor(std::clamp(top - iSlack - 0.5, -1.0, double(mHeight - 1)));
-        for (int row = firstRow; row <= lastRow; ++row)
-            fill(row, left + iSlack, right - iSlack);
-        return;
-    }
-    Region region;
-    if (!region.set(iCorners, iCount, -iSlack))
-        return;
-    const int firstRow = Ceil(std::clamp(region.bottom() - 0.5, 0.0, double(mHeight)));
-    const int lastRow = Floor(std::clamp(region.top() - 0.5, -1.0, double(mHeight - 1)));
-    for (int row = firstRow; row <= lastRow; ++row) {
-        double low, high;
-        region.span(row + 0.5, low, high);
-        fill(row, low, high);
     }
 }
 

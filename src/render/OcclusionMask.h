@@ -40,12 +40,16 @@ public:
     bool hidesLine(const Point& iFrom, const Point& iTo, double iSlack) const;
     /// Marks the pixels an opaque convex polygon surely lights.
     void cover(const Point* iCorners, int iCount, double iSlack);
+    /// hides(), and if not, cover(): the polygon's edges are worked out once for both.
+    bool hidesOrCovers(const Point* iCorners, int iCount, double iSlack);
 
 private:
     /// Whether the shape (a band of rows, and an x range at each row's height) lies on
     /// covered pixels of the mask and nowhere else.
     template <class Shape> bool isHidden(const Shape& iShape) const;
 
+    /// Marks the pixels whose centres lie in the shape, in the mask.
+    template <class Shape> void fill(const Shape& iShape);
     /// Whether the pixels whose centres lie in the box are all covered, and all in the mask.
     bool hidesBox(double iLeft, double iBottom, double iRight, double iTop) const;
 
