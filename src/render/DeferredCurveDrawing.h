@@ -29,16 +29,18 @@ struct GlyphArrays
     Mark mark();
 };
 
-/// While one is open, the curve glyph routines hold back what they draw, and finish() draws it
-/// all in the order it came, leaving out each line and glyph that opaque keyframes and handles
-/// drawn after it cover, which GL would overwrite. A view of thousands of selected keyframes
+/// While one is open on a thread, the curve glyph routines called there (or in its steps, see
+/// below) hold back what they draw, and finish() draws it all in the order it came, leaving
+/// out each line and glyph that opaque keyframes and handles drawn after it cover, which GL
+/// would overwrite. A view of thousands of selected keyframes
 /// paints most pixels many times over, and a software rasteriser spends its time on primitives
 /// nobody sees. Placement is read from GL's own matrices and viewport at finish(); with any
 /// other transform than a flat orthographic one, everything is drawn.
 class DeferredCurveDrawing
 {
 public:
-    /// Opens, unless one is open already, in which case this one passes everything to it.
+    /// Opens, unless one is open on this thread already, in which case this one passes
+    /// everything to it.
     DeferredCurveDrawing();
     /// Drops whatever finish() has not drawn: a paint cut short by a GL error draws no more.
     ~DeferredCurveDrawing();
