@@ -45,6 +45,12 @@ bool IsKnownRasteriser()
     return renderer && std::strstr(renderer, "llvmpipe");
 }
 
+/// Whether polygons may light their edge pixels in part, blending them with what lies below.
+bool SmoothsPolygons()
+{
+    return glIsEnabled(GL_POLYGON_SMOOTH) && !IsKnownRasteriser();
+}
+
 constexpr GLenum cModes[GlyphArrays::cKinds] = { GL_QUADS, GL_LINES, GL_LINES, GL_TRIANGLES, GL_LINES };
 constexpr int cStrip = GlyphArrays::cKinds;
 
@@ -153,7 +159,7 @@ public:
         GLint sampleBuffers = 0;
         glGetIntegerv(GL_SAMPLE_BUFFERS, &sampleBuffers);
         const bool multisampled = sampleBuffers > 0 && glIsEnabled(GL_MULTISAMPLE);
-        fillMargin = multisampled || (glIsEnabled(GL_POLYGON_SMOOTH) && !known) ? cPartialPixel : 0.0;
+        fillMargin = multisampled || SmoothsPolygons() ? cPartialPixel : 0.0;
         lineMargin = (multisampled ? cPartialPixel : 0.0) + (known ? 0.0 : cWiderLines);
         return std::isfinite(mXx + mXy + mX0 + mYx + mYy + mY0);
     }
@@ -295,22 +301,57 @@ void DrawKeptStrip(const Draw& iDraw, const Part& iStore)
     }
 }
 
-void DrawKeptGlyphs(const Draw& iDraw, const Part& iPart, std::vector<ColouredVertex>& ioScratch)
+/// Opaque fills, each in one colour, drawn as they light whole pixels: without blending, and
+/// with one colour a primitive. The pixels are the same, and a software rasteriser's shader does
+/// less for each.
+class PlainFills
+{
+public:
+    PlainFills()
+        : mBlend(glIsEnabled(GL_BLEND))
+    {
+        glGetIntegerv(GL_SHADE_MODEL, &mShadeModel);
+        glDisable(GL_BLEND);
+        glShadeModel(GL_FLAT);
+    }
+    ~PlainFills()
+    {
+        if (mBlend)
+            glEnable(GL_BLEND);
+        glShadeModel(GLenum(mShadeModel));
+    }
+    PlainFills(const PlainFills&) = delete;
+    PlainFills& operator=(const PlainFills&) = delete;
+
+private:
+    GLboolean mBlend;
+    GLint mShadeModel = GL_SMOOTH;
+};
+
+/// The kept primitives of a draw. iPlainFills: whether fills light whole pixels, so that opaque
+/// ones may be drawn as PlainFills.
+void DrawKeptGlyphs(const Draw& iDraw, const Part& iPart, bool iPlainFills, std::vector<ColouredVertex>& ioScratch)
 {
     const GLenum mode = cModes[iDraw.kind];
     const int perPrimitive = VerticesPerPrimitive(mode);
     const ColouredVertex* vertices = &iPart.glyphs[iDraw.kind][std::size_t(iDraw.first)];
     const auto kept = iPart.glyphKept[iDraw.kind].begin() + iDraw.first;
-    if (std::all_of(kept, kept + iDraw.count, [](char iKept) { return iKept; })) {
-        DrawColouredVertices(mode, vertices, iDraw.count);
-        return;
+    int count = iDraw.count;
+    if (!std::all_of(kept, kept + iDraw.count, [](char iKept) { return iKept; })) {
+        ioScratch.clear();
+        for (int i = 0; i + perPrimitive <= iDraw.count; i += perPrimitive)
+            if (kept[i])
+                ioScratch.insert(ioScratch.end(), vertices + i, vertices + i + perPrimitive);
+        vertices = ioScratch.data();
+        count = int(ioScratch.size());
     }
-    std::vector<ColouredVertex>& drawn = ioScratch;
-    drawn.clear();
-    for (int i = 0; i + perPrimitive <= iDraw.count; i += perPrimitive)
-        if (kept[i])
-            drawn.insert(drawn.end(), vertices + i, vertices + i + perPrimitive);
-    DrawColouredVertices(mode, drawn);
+    const bool opaque = std::all_of(vertices, vertices + count, [](const ColouredVertex& iVertex) { return iVertex.a >= 1.0f; });
+    if (iPlainFills && IsFill(iDraw.kind) && opaque) {
+        const PlainFills plain;
+        DrawColouredVertices(mode, vertices, count);
+    } else {
+        DrawColouredVertices(mode, vertices, count);
+    }
 }
 
 /// Runs the steps, each holding what it draws in its own part from iFirstPart on, and culls
@@ -447,13 +488,14 @@ void DeferredCurveDrawing::finish(const std::vector<std::function<void()>>& iLas
         culling.cull(*store.parts[i]);
 
     glLineWidth(cLineWidth);
+    const bool plainFills = !SmoothsPolygons();
     for (std::size_t i = 0; i < store.used; ++i) {
         const Part& part = *store.parts[i];
         for (const Draw& draw : part.draws) {
             if (draw.kind == cStrip)
                 DrawKeptStrip(draw, part);
             else
-                DrawKeptGlyphs(draw, part, store.scratch);
+                DrawKeptGlyphs(draw, part, plainFills, store.scratch);
         }
     }
     store.clear();
