@@ -251,6 +251,8 @@ TEST_F(CurveCanvas, a_step_that_throws_ends_the_drawing_with_nothing_drawn_and_t
 
     EXPECT_THROW(DeferredCurveDrawing().finish({ draws, throws, draws }), std::runtime_error);
     EXPECT_TRUE(blank());
+    EXPECT_THROW(DeferredCurveDrawing().finish({ throws }), std::runtime_error) << "one step runs on this thread";
+    EXPECT_TRUE(blank());
 
     DeferredCurveDrawing().finish({ draws, draws });
     EXPECT_FALSE(blank());
