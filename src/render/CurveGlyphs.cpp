@@ -157,7 +157,8 @@ void AppendToStrip(const std::vector<Vector>& iSamples, std::vector<PlainVertex>
     }
 }
 
-/// Buffers reused from segment to segment and paint to paint, one a thread.
+/// Buffers reused from segment to segment, one a thread; on the paint's own thread, from paint
+/// to paint as well.
 std::vector<Vector>& SampleBuffer()
 {
     thread_local std::vector<Vector> buffer;

@@ -106,9 +106,10 @@ struct Store
     void clear() { used = 0; }
 };
 
+/// This thread's store: a host may paint editors on threads of their own.
 Store& TheStore()
 {
-    static Store store;
+    thread_local Store store;
     return store;
 }
 
@@ -284,19 +285,19 @@ void SetColour(const QColor& iColour, GLfloat& oR, GLfloat& oG, GLfloat& oB)
 }
 
 /// Draws a strip's runs of kept lines, each as a strip of its own.
-void DrawKeptStrip(const Draw& iDraw, const Part& iStore)
+void DrawKeptStrip(const Draw& iDraw, const Part& iPart)
 {
     glColor3f(iDraw.r, iDraw.g, iDraw.b);
     const int end = iDraw.first + iDraw.count - 1; // the last line starts here
     int run = iDraw.first;
     while (run < end) {
-        while (run < end && !iStore.stripKept[std::size_t(run)])
+        while (run < end && !iPart.stripKept[std::size_t(run)])
             ++run;
         int next = run;
-        while (next < end && iStore.stripKept[std::size_t(next)])
+        while (next < end && iPart.stripKept[std::size_t(next)])
             ++next;
         if (next > run)
-            DrawLineStrip(&iStore.strips[std::size_t(run)], next - run + 1);
+            DrawLineStrip(&iPart.strips[std::size_t(run)], next - run + 1);
         run = next;
     }
 }
@@ -345,8 +346,8 @@ void DrawKeptGlyphs(const Draw& iDraw, const Part& iPart, bool iPlainFills, std:
         vertices = ioScratch.data();
         count = int(ioScratch.size());
     }
-    const bool opaque = std::all_of(vertices, vertices + count, [](const ColouredVertex& iVertex) { return iVertex.a >= 1.0f; });
-    if (iPlainFills && IsFill(iDraw.kind) && opaque) {
+    const auto opaque = [](const ColouredVertex& iVertex) { return iVertex.a >= 1.0f; };
+    if (iPlainFills && IsFill(iDraw.kind) && count > 0 && std::all_of(vertices, vertices + count, opaque)) {
         const PlainFills plain;
         DrawColouredVertices(mode, vertices, count);
     } else {
@@ -365,8 +366,13 @@ void HoldSteps(const std::vector<std::function<void()>>& iSteps, std::size_t iFi
     const auto run = [&](std::size_t iStep) {
         struct Holding
         {
-            explicit Holding(Part* iPart) { tPart = iPart; }
-            ~Holding() { tPart = nullptr; }
+            explicit Holding(Part* iPart)
+                : before(tPart)
+            {
+                tPart = iPart;
+            }
+            ~Holding() { tPart = before; }
+            Part* before;
         } holding(ioStore.parts[iFirstPart + iStep].get());
         iSteps[iStep]();
     };
@@ -448,6 +454,7 @@ GlyphArrays::Mark GlyphArrays::mark()
 
 DeferredCurveDrawing::DeferredCurveDrawing()
     : mOwner(!tPart)
+    , mThread(std::this_thread::get_id())
 {
     if (mOwner) {
         Store& store = TheStore();
@@ -458,10 +465,15 @@ DeferredCurveDrawing::DeferredCurveDrawing()
 
 DeferredCurveDrawing::~DeferredCurveDrawing()
 {
-    if (mOwner && tPart) {
+    if (isOpenHere()) {
         TheStore().clear();
         tPart = nullptr;
     }
+}
+
+bool DeferredCurveDrawing::isOpenHere() const
+{
+    return mOwner && tPart && mThread == std::this_thread::get_id();
 }
 
 void DeferredCurveDrawing::finish()
@@ -471,12 +483,18 @@ void DeferredCurveDrawing::finish()
 
 void DeferredCurveDrawing::finish(const std::vector<std::function<void()>>& iLastSteps)
 {
-    if (!mOwner || !tPart) {
+    if (!isOpenHere()) {
         for (const auto& step : iLastSteps)
             step();
         return;
     }
     Store& store = TheStore();
+    // Whatever happens from here on, nothing stays held.
+    struct Clearing
+    {
+        Store& store;
+        ~Clearing() { store.clear(); }
+    } clearing { store };
     const std::size_t firstStep = store.used;
     for (std::size_t i = 0; i < iLastSteps.size(); ++i)
         store.add();
@@ -498,7 +516,6 @@ void DeferredCurveDrawing::finish(const std::vector<std::function<void()>>& iLas
                 DrawKeptGlyphs(draw, part, plainFills, store.scratch);
         }
     }
-    store.clear();
 }
 
 void DeferredCurveDrawing::strip(const std::vector<PlainVertex>& iPoints, const QColor& iColour)

@@ -3,6 +3,7 @@
 #include "render/VertexArrays.h"
 
 #include <functional>
+#include <thread>
 #include <vector>
 
 class QColor;
@@ -12,7 +13,8 @@ namespace SplinorEditorQtLib {
 namespace v22 {
 
 /// Glyph vertices by kind, each kind in the order drawn; a batch of glyphs draws all its
-/// keyframes, then its tangent lines, then its tangent handles.
+/// keyframes, then its tangent lines, then its tangent handles. All vertices of a primitive
+/// have one colour.
 struct GlyphArrays
 {
     enum Kind { cKeyFills, cKeyOutlines, cTangentLines, cHandleFills, cHandleOutlines, cKinds };
@@ -43,6 +45,7 @@ public:
     /// everything to it.
     DeferredCurveDrawing();
     /// Drops whatever finish() has not drawn: a paint cut short by a GL error draws no more.
+    /// finish() and the destructor act only on the thread that opened the drawing.
     ~DeferredCurveDrawing();
     DeferredCurveDrawing(const DeferredCurveDrawing&) = delete;
     DeferredCurveDrawing& operator=(const DeferredCurveDrawing&) = delete;
@@ -65,7 +68,11 @@ public:
     static void glyphs(const GlyphArrays::Mark& iFrom);
 
 private:
+    /// Whether this drawing is open, and was opened on this thread.
+    bool isOpenHere() const;
+
     bool mOwner;
+    std::thread::id mThread;
 };
 
 } // namespace v22

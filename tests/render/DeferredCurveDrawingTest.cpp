@@ -213,9 +213,9 @@ TEST_F(CurveCanvas, deferred_drawing_leaves_multisampled_pixels_as_they_are)
     buildScene(0.0);
 
     const QImage immediate = draw(cImmediate);
-    const QImage deferred = draw(cDeferred);
 
-    EXPECT_EQ(Differences(immediate, deferred), 0);
+    EXPECT_EQ(Differences(immediate, draw(cDeferred)), 0);
+    EXPECT_EQ(Differences(immediate, draw(cInSteps)), 0);
 }
 
 TEST_F(CurveCanvas, a_drawing_dropped_before_its_end_draws_nothing_and_an_inner_one_defers_to_the_outer)
@@ -236,9 +236,15 @@ TEST_F(CurveCanvas, a_drawing_dropped_before_its_end_draws_nothing_and_an_inner_
         DrawSelectedCurve(selected, *mSelection, mViewport, mColours, mHover);
         inner.finish();
     }
+    DeferredCurveDrawing().finish({ [&] { DrawSelectedCurve(selected, *mSelection, mViewport, mColours, mHover); } });
     EXPECT_TRUE(blank());
     outer.finish();
     EXPECT_FALSE(blank());
+    // Fills were drawn unblended and flat; the stage's state is as it was.
+    EXPECT_TRUE(glIsEnabled(GL_BLEND));
+    GLint shadeModel = 0;
+    glGetIntegerv(GL_SHADE_MODEL, &shadeModel);
+    EXPECT_EQ(shadeModel, GL_SMOOTH);
 }
 
 TEST_F(CurveCanvas, a_step_that_throws_ends_the_drawing_with_nothing_drawn_and_the_next_draws_as_ever)

@@ -19,6 +19,10 @@ class Segment;
 /// and an x outside the segment's span is taken at the nearer end.
 ///
 /// Samples are (x, value) pairs at `count` evenly spaced x from x0 to x1, both included.
+///
+/// Its const operations only read, and may be called from a thread other than the one that
+/// edits the curve, though never while the curve is edited: an editor's paint samples on a
+/// thread of its own. An interpolator of one's own keeps no state that belongs to one thread.
 class Interpolator
 {
 public:
