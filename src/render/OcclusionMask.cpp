@@ -11,15 +11,18 @@ namespace {
 
 constexpr int cMaxCorners = 4;
 
-/// floor and ceil for values already clamped to a mask's range (up to a thousand pixels beyond
-/// it), where they agree with the library's and cost a conversion instead of a call.
+/// floor and ceil for values within the range of int, as the library's but for a conversion and
+/// a comparison instead of a call: the conversion cuts toward zero, and the comparison corrects
+/// it on the other side.
 int Floor(double iValue)
 {
-    return int(iValue + 1024.0) - 1024;
+    const int cut = int(iValue);
+    return cut - (iValue < cut);
 }
 int Ceil(double iValue)
 {
-    return -Floor(-iValue);
+    const int cut = int(iValue);
+    return cut + (iValue > cut);
 }
 
 /// Whether four corners in order are those of a rectangle with level and upright sides, whose
@@ -198,13 +201,11 @@ void OcclusionMask::reset(int iWidth, int iHeight)
 template <class Shape> bool OcclusionMask::isHidden(const Shape& iShape) const
 {
     // Every row the shape may reach must lie in the mask, and be covered wherever it does.
-    if (mEmpty)
+    const double bottom = iShape.bottom() - 0.5, top = iShape.top() - 0.5;
+    if (mEmpty || !(bottom > -1.0 && top < mHeight))
         return false;
-    const double firstRow = std::ceil(iShape.bottom() - 0.5);
-    const double lastRow = std::floor(iShape.top() - 0.5);
-    if (!(firstRow >= 0.0 && lastRow < mHeight))
-        return false;
-    for (int row = int(firstRow); row <= int(lastRow); ++row) {
+    const int lastRow = Floor(top);
+    for (int row = Ceil(bottom); row <= lastRow; ++row) {
         double low, high;
         iShape.span(row + 0.5, low, high);
         if (!(low <= high))
@@ -268,15 +269,13 @@ bool OcclusionMask::hidesLine(const Point& iFrom, const Point& iTo, double iSlac
 
 bool OcclusionMask::hidesBox(double iLeft, double iBottom, double iRight, double iTop) const
 {
-    if (mEmpty)
-        return false;
-    const double firstRow = std::ceil(iBottom - 0.5), lastRow = std::floor(iTop - 0.5);
-    const double first = std::ceil(iLeft - 0.5), last = std::floor(iRight - 0.5);
     // Whatever may reach beyond the viewport is drawn; so is what isn't a number.
-    if (!(firstRow >= 0.0 && lastRow < mHeight && first >= 0.0 && last < mWidth))
+    if (mEmpty || !(iBottom - 0.5 > -1.0 && iTop - 0.5 < mHeight && iLeft - 0.5 > -1.0 && iRight - 0.5 < mWidth))
         return false;
-    for (int row = int(firstRow); row <= int(lastRow); ++row)
-        if (!isCovered(row, int(first), int(last)))
+    const int first = Ceil(iLeft - 0.5), last = Floor(iRight - 0.5);
+    const int lastRow = Floor(iTop - 0.5);
+    for (int row = Ceil(iBottom - 0.5); row <= lastRow; ++row)
+        if (!isCovered(row, first, last))
             return false;
     return true;
 }

@@ -350,6 +350,60 @@ TEST(OcclusionMask, nothing_beyond_the_viewport_or_of_no_area_or_not_finite_is_h
     EXPECT_FALSE(mask.hides(small.data(), 4, cSlack));
 }
 
+// Covering a pixel the polygon doesn't light would hide what shows there. Shapes are strewn over
+// a mask wider and taller than 2048 pixels, so that every range of rows and columns is checked.
+TEST(OcclusionMask, an_opaque_polygon_covers_the_centres_deep_inside_it_and_none_outside_anywhere)
+{
+    constexpr int cSide = 2600;
+    std::mt19937 random(11);
+    std::uniform_real_distribution<double> place(2.0, cSide - 12.0), corner(0.0, 9.0);
+    OcclusionMask mask;
+    for (int shape = 0; shape < 150; ++shape) {
+        const Point origin(place(random), place(random));
+        std::vector<Point> corners;
+        if (shape % 3 == 0) { // a keyframe's upright square
+            const double side = 1.0 + corner(random);
+            corners.assign({ origin, origin + Point(side, 0), origin + Point(side, side), origin + Point(0, side) });
+        } else { // a handle's triangle, either way round
+            corners.assign({ origin, origin + Point(corner(random), corner(random)),
+                origin + Point(corner(random), corner(random)) });
+        }
+        SCOPED_TRACE("shape " + std::to_string(shape));
+        mask.reset(cSide, cSide);
+        mask.cover(corners.data(), int(corners.size()), cSlack);
+
+        // The signed distance of a pixel centre from the polygon's outline, positive inside.
+        const int count = int(corners.size());
+        double area = 0.0;
+        for (int i = 0; i < count; ++i)
+            area += corners[i].x * corners[(i + 1) % count].y - corners[(i + 1) % count].x * corners[i].y;
+        const auto depth = [&](const Point& iCentre) {
+            double nearest = HUGE_VAL;
+            for (int i = 0; i < count; ++i) {
+                const Point edge = corners[(i + 1) % count] - corners[i];
+                const Point toCentre = iCentre - corners[i];
+                const double cross = edge.x * toCentre.y - edge.y * toCentre.x;
+                nearest = std::min(nearest, (area > 0 ? cross : -cross) / std::hypot(edge.x, edge.y));
+            }
+            return nearest;
+        };
+        if (!(std::abs(area) > 1.0))
+            continue;
+        const int column0 = int(origin.x) - 2, row0 = int(origin.y) - 2;
+        for (int row = row0; row < row0 + 14; ++row)
+            for (int column = column0; column < column0 + 14; ++column) {
+                const Point centre(column + 0.5, row + 0.5);
+                const auto pixel = Box(centre.x - 0.1, centre.y - 0.1, centre.x + 0.1, centre.y + 0.1);
+                const bool covered = mask.hides(pixel.data(), 4, 0.0);
+                const double inside = depth(centre);
+                if (covered)
+                    ASSERT_GE(inside, cSlack) << "pixel " << column << ", " << row << " lies outside";
+                else
+                    ASSERT_LT(inside, 1.5 * cSlack) << "pixel " << column << ", " << row << " lies well inside";
+            }
+    }
+}
+
 // Culling trusts the outline the mask gives a smoothed line: every pixel the rasteriser lights
 // must lie in it, for lines of any length, direction and place within a pixel.
 TEST(OcclusionMask, a_smoothed_line_lights_no_pixel_outside_its_outline)
