@@ -24,6 +24,11 @@ namespace {
 using Point = OcclusionMask::Point;
 
 constexpr float cLineWidth = 1.0f;
+/// A software rasteriser starts on what it is given only when it is flushed, or when its store
+/// of work is full. Flushing every few thousand primitives lets its threads rasterise while the
+/// rest is submitted, rather than all of it after the last; a hardware driver sees a few more
+/// submissions in a frame.
+constexpr int cPrimitivesPerFlush = 8192;
 
 /// How far the rasteriser may put a vertex from where the mask does, in pixels: its sub-pixel
 /// grid is 1/256, and a polygon edge measured to light pixels up to 0.002 beyond it.
@@ -284,9 +289,10 @@ void SetColour(const QColor& iColour, GLfloat& oR, GLfloat& oG, GLfloat& oB)
     oB = GLfloat(iColour.blueF());
 }
 
-/// Draws a strip's runs of kept lines, each as a strip of its own.
-void DrawKeptStrip(const Draw& iDraw, const Part& iPart)
+/// Draws a strip's runs of kept lines, each as a strip of its own, and gives the lines drawn.
+int DrawKeptStrip(const Draw& iDraw, const Part& iPart)
 {
+    int lines = 0;
     glColor3f(iDraw.r, iDraw.g, iDraw.b);
     const int end = iDraw.first + iDraw.count - 1; // the last line starts here
     int run = iDraw.first;
@@ -298,8 +304,10 @@ void DrawKeptStrip(const Draw& iDraw, const Part& iPart)
             ++next;
         if (next > run)
             DrawLineStrip(&iPart.strips[std::size_t(run)], next - run + 1);
+        lines += next - run;
         run = next;
     }
+    return lines;
 }
 
 /// Opaque fills, each in one colour, drawn as they light whole pixels: without blending, and
@@ -329,9 +337,9 @@ private:
     GLint mShadeModel = GL_SMOOTH;
 };
 
-/// The kept primitives of a draw. iPlainFills: whether fills light whole pixels, so that opaque
-/// ones may be drawn as PlainFills.
-void DrawKeptGlyphs(const Draw& iDraw, const Part& iPart, bool iPlainFills, std::vector<ColouredVertex>& ioScratch)
+/// The kept primitives of a draw, and how many they are. iPlainFills: whether fills light whole
+/// pixels, so that opaque ones may be drawn as PlainFills.
+int DrawKeptGlyphs(const Draw& iDraw, const Part& iPart, bool iPlainFills, std::vector<ColouredVertex>& ioScratch)
 {
     const GLenum mode = cModes[iDraw.kind];
     const int perPrimitive = VerticesPerPrimitive(mode);
@@ -353,6 +361,7 @@ void DrawKeptGlyphs(const Draw& iDraw, const Part& iPart, bool iPlainFills, std:
     } else {
         DrawColouredVertices(mode, vertices, count);
     }
+    return count / perPrimitive;
 }
 
 /// Runs the steps, each holding what it draws in its own part from iFirstPart on, and culls
@@ -507,13 +516,16 @@ void DeferredCurveDrawing::finish(const std::vector<std::function<void()>>& iLas
 
     glLineWidth(cLineWidth);
     const bool plainFills = !SmoothsPolygons();
+    int sinceFlush = 0;
     for (std::size_t i = 0; i < store.used; ++i) {
         const Part& part = *store.parts[i];
         for (const Draw& draw : part.draws) {
-            if (draw.kind == cStrip)
-                DrawKeptStrip(draw, part);
-            else
-                DrawKeptGlyphs(draw, part, plainFills, store.scratch);
+            sinceFlush += draw.kind == cStrip ? DrawKeptStrip(draw, part)
+                                              : DrawKeptGlyphs(draw, part, plainFills, store.scratch);
+        }
+        if (sinceFlush >= cPrimitivesPerFlush) {
+            glFlush();
+            sinceFlush = 0;
         }
     }
 }
