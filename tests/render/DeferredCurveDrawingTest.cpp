@@ -309,20 +309,6 @@ TEST(OcclusionMask, hides_only_what_lies_on_pixel_centres_an_opaque_polygon_sure
     EXPECT_TRUE(mask.hidesLine(Point(12, 20), Point(29.3, 20), cSlack));
 }
 
-TEST(OcclusionMask, a_triangle_covers_only_inside_its_slanted_edges)
-{
-    OcclusionMask mask;
-    mask.reset(64, 64);
-    // Right-angled, with its slanted edge from (10, 40) to (40, 10).
-    const Point triangle[3] = { Point(10, 10), Point(40, 10), Point(10, 40) };
-    mask.cover(triangle, 3, cSlack);
-
-    const auto belowDiagonal = Box(12, 12, 20, 20);
-    const auto acrossDiagonal = Box(22, 22, 26, 26);
-    EXPECT_TRUE(mask.hides(belowDiagonal.data(), 4, cSlack));
-    EXPECT_FALSE(mask.hides(acrossDiagonal.data(), 4, cSlack));
-}
-
 TEST(OcclusionMask, nothing_beyond_the_viewport_or_of_no_area_or_not_finite_is_hidden_or_covers)
 {
     OcclusionMask mask;
