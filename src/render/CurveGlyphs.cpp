@@ -40,22 +40,23 @@ constexpr double cDiamondFactor = 1.414; // a square's half width to a diamond's
 constexpr double cFixedTangentLength = 24.0; // an unweighted Fixed tangent's line on screen
 constexpr double cHandleHalfBase = 2.9;
 constexpr double cHandleHeight = 5.0;
-constexpr float cTangentLineAlpha = 0.5f;
+constexpr GLubyte cTangentLineAlpha = 128; // a half, as an 8-bit channel rounds it
+constexpr GLubyte cOpaque = 255;
 constexpr double cZeroTangentOffset = 0.0001; // curve units: a direction for a tangent of no length
 // Tangents reach at most this far beyond the segments in view on screen, unless weighted.
 constexpr double cTangentReach = 40.0;
 
-/// A colour as GL takes it, converted once rather than for each vertex.
+/// A colour as vertices carry it, converted once rather than for each vertex.
 struct Rgb
 {
     Rgb() = default;
     explicit Rgb(const QColor& iColour)
-        : r(GLfloat(iColour.redF()))
-        , g(GLfloat(iColour.greenF()))
-        , b(GLfloat(iColour.blueF()))
+        : r(GLubyte(iColour.red()))
+        , g(GLubyte(iColour.green()))
+        , b(GLubyte(iColour.blue()))
     {
     }
-    GLfloat r = 0.0f, g = 0.0f, b = 0.0f;
+    GLubyte r = 0, g = 0, b = 0;
 };
 
 /// Glyphs and lines gathered into a few draws. A paint of many curves would otherwise make a
@@ -86,7 +87,7 @@ public:
         const double y = iPosition.y;
         const Vector square[4] = { { x - hx, y - hy }, { x - hx, y + hy }, { x + hx, y + hy }, { x + hx, y - hy } };
         const Vector diamond[4] = { { x - hx, y }, { x, y - hy }, { x + hx, y }, { x, y + hy } };
-        polygon(iBreakdown ? diamond : square, 4, Rgba(iColour, 1.0f), iFilled, mArrays->keyFills, mArrays->keyOutlines);
+        polygon(iBreakdown ? diamond : square, 4, Rgba(iColour, cOpaque), iFilled, mArrays->keyFills, mArrays->keyOutlines);
     }
 
     void tangentLine(const Vector& iFrom, const Vector& iTo, const Rgb& iColour)
@@ -98,7 +99,7 @@ public:
 
     void handle(const Vector iCorners[3], const Rgb& iColour, bool iFilled)
     {
-        polygon(iCorners, 3, Rgba(iColour, 1.0f), iFilled, mArrays->handleFills, mArrays->handleOutlines);
+        polygon(iCorners, 3, Rgba(iColour, cOpaque), iFilled, mArrays->handleFills, mArrays->handleOutlines);
     }
 
     void flush()
@@ -109,7 +110,7 @@ public:
 
 private:
     /// A vertex at the origin carrying the colour, to be placed by add().
-    static ColouredVertex Rgba(const Rgb& iColour, GLfloat iAlpha)
+    static ColouredVertex Rgba(const Rgb& iColour, GLubyte iAlpha)
     {
         return { 0.0f, 0.0f, iColour.r, iColour.g, iColour.b, iAlpha };
     }

@@ -228,7 +228,7 @@ void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, Oc
         bool hidden;
         if (!fill)
             hidden = ioMask.hidesLine(corners[0], corners[1], slack);
-        else if (primitive[0].a >= 1.0f)
+        else if (primitive[0].isOpaque())
             hidden = ioMask.hidesOrCovers(corners, perPrimitive, slack);
         else
             hidden = ioMask.hides(corners, perPrimitive, slack);
@@ -354,7 +354,7 @@ int DrawKeptGlyphs(const Draw& iDraw, const Part& iPart, bool iPlainFills, std::
         vertices = ioScratch.data();
         count = int(ioScratch.size());
     }
-    const auto opaque = [](const ColouredVertex& iVertex) { return iVertex.a >= 1.0f; };
+    const auto opaque = [](const ColouredVertex& iVertex) { return iVertex.isOpaque(); };
     if (iPlainFills && IsFill(iDraw.kind) && count > 0 && std::all_of(vertices, vertices + count, opaque)) {
         const PlainFills plain;
         DrawColouredVertices(mode, vertices, count);

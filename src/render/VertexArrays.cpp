@@ -55,7 +55,7 @@ void DrawColouredVertices(GLenum iMode, const ColouredVertex* iVertices, int iCo
     ClientArrays arrays(true);
 
     glVertexPointer(2, GL_FLOAT, sizeof(ColouredVertex), &iVertices->x);
-    glColorPointer(4, GL_FLOAT, sizeof(ColouredVertex), &iVertices->r);
+    glColorPointer(4, GL_UNSIGNED_BYTE, sizeof(ColouredVertex), &iVertices->r);
     for (int first = 0; first < count; first += cVerticesPerDraw)
         glDrawArrays(iMode, first, std::min(cVerticesPerDraw, count - first));
 }

@@ -9,10 +9,14 @@ namespace SplinorEditorQtLib {
 namespace v22 {
 
 /// A position in the current GL coordinates with its colour, as batches of glyphs hold them.
+/// The colour has 8 bits a channel, as the framebuffer does: a dense paint moves hundreds of
+/// thousands of these through memory several times, and float channels would double that.
 struct ColouredVertex
 {
     GLfloat x, y;
-    GLfloat r, g, b, a;
+    GLubyte r, g, b, a;
+
+    bool isOpaque() const { return a == 255; }
 };
 
 /// A position for a line strip, whose colour is the current one.

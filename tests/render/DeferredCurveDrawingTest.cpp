@@ -414,8 +414,8 @@ TEST(OcclusionMask, a_smoothed_line_lights_no_pixel_outside_its_outline)
         const Point to(from.x + l * std::cos(a), from.y + l * std::sin(a));
         glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
         glClear(GL_COLOR_BUFFER_BIT);
-        const ColouredVertex vertices[2] = { { GLfloat(from.x), GLfloat(from.y), 1.0f, 1.0f, 1.0f, 1.0f },
-            { GLfloat(to.x), GLfloat(to.y), 1.0f, 1.0f, 1.0f, 1.0f } };
+        const ColouredVertex vertices[2] = { { GLfloat(from.x), GLfloat(from.y), 255, 255, 255, 255 },
+            { GLfloat(to.x), GLfloat(to.y), 255, 255, 255, 255 } };
         DrawColouredVertices(GL_LINES, vertices, 2);
         const QImage image = gl.image();
         for (int y = 0; y < cSize; ++y)

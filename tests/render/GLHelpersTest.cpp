@@ -221,7 +221,7 @@ TEST_F(VertexArrays, coloured_primitives_keep_their_vertices_across_draws_and_a_
     for (int i = 0; i < 200; ++i) {
         const GLfloat x = GLfloat(4 + (i % 100)), y = GLfloat(20 + 4 * (i / 100));
         const QColor c = colourOf(i);
-        const ColouredVertex v { 0, 0, GLfloat(c.redF()), GLfloat(c.greenF()), GLfloat(c.blueF()), 1.0f };
+        const ColouredVertex v { 0, 0, GLubyte(c.red()), GLubyte(c.green()), GLubyte(c.blue()), 255 };
         for (const auto& [dx, dy] : { std::pair { 0, 0 }, { 1, 0 }, { 1, 1 }, { 0, 1 } }) {
             ColouredVertex corner = v;
             corner.x = x + GLfloat(dx);
