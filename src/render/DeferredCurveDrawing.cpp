@@ -5,6 +5,7 @@
 #include <QColor>
 
 #include <algorithm>
+#include <atomic>
 #include <cfloat>
 #include <cmath>
 #include <condition_variable>
@@ -66,6 +67,14 @@ struct Draw
     GLfloat r, g, b; // a strip's colour
 };
 
+/// The kept primitives of a draw of glyphs, as GL takes them.
+struct ReadyDraw
+{
+    const ColouredVertex* vertices;
+    int count;
+    bool opaque;
+};
+
 /// What one step of a deferred drawing held back, and which of its primitives stay: one flag a
 /// primitive, at the index of its first vertex (a strip's line starts at its vertex).
 struct Part
@@ -74,6 +83,13 @@ struct Part
     GlyphArrays glyphs;
     std::vector<Draw> draws;
     std::vector<char> stripKept, glyphKept[GlyphArrays::cKinds];
+    /// Once culled, the kept glyphs of each draw (none for a strip), copied together where some
+    /// are left out.
+    std::vector<ReadyDraw> ready;
+    std::vector<ColouredVertex> readyVertices;
+    /// Whether `ready` is being or has been made, and by which thread: see claim().
+    std::atomic<int> readiness { cUnready };
+    enum { cUnready, cClaimed, cReady };
 
     void clear()
     {
@@ -81,6 +97,45 @@ struct Part
         for (int kind = 0; kind < GlyphArrays::cKinds; ++kind)
             glyphs[kind].clear();
         draws.clear();
+        readiness = cUnready;
+    }
+
+    /// True for the one thread that is to make this part ready.
+    bool claim()
+    {
+        int unready = cUnready;
+        return readiness.compare_exchange_strong(unready, cClaimed);
+    }
+
+    void makeReady()
+    {
+        ready.clear();
+        readyVertices.clear();
+        std::size_t all = 0;
+        for (int kind = 0; kind < GlyphArrays::cKinds; ++kind)
+            all += glyphs[kind].size();
+        readyVertices.reserve(all); // no reallocation: ready draws point into it
+        for (const Draw& draw : draws) {
+            if (draw.kind == cStrip) {
+                ready.push_back({ nullptr, 0, false });
+                continue;
+            }
+            const int perPrimitive = VerticesPerPrimitive(cModes[draw.kind]);
+            const ColouredVertex* vertices = &glyphs[draw.kind][std::size_t(draw.first)];
+            const char* kept = &glyphKept[draw.kind][std::size_t(draw.first)];
+            int count = draw.count / perPrimitive * perPrimitive;
+            if (!std::all_of(kept, kept + count, [](char iKept) { return iKept; })) {
+                const std::size_t first = readyVertices.size();
+                for (int i = 0; i < count; i += perPrimitive)
+                    if (kept[i])
+                        readyVertices.insert(readyVertices.end(), vertices + i, vertices + i + perPrimitive);
+                vertices = readyVertices.data() + first;
+                count = int(readyVertices.size() - first);
+            }
+            const bool opaque = std::all_of(
+                vertices, vertices + count, [](const ColouredVertex& iVertex) { return iVertex.isOpaque(); });
+            ready.push_back({ vertices, count, opaque });
+        }
     }
 
     void keepAll()
@@ -97,7 +152,6 @@ struct Store
 {
     std::vector<std::unique_ptr<Part>> parts; // the first `used` hold this drawing's
     std::size_t used = 0;
-    std::vector<ColouredVertex> scratch;
     OcclusionMask mask;
 
     Part& add()
@@ -337,42 +391,100 @@ private:
     GLint mShadeModel = GL_SMOOTH;
 };
 
-/// The kept primitives of a draw, and how many they are. iPlainFills: whether fills light whole
-/// pixels, so that opaque ones may be drawn as PlainFills.
-int DrawKeptGlyphs(const Draw& iDraw, const Part& iPart, bool iPlainFills, std::vector<ColouredVertex>& ioScratch)
+/// A draw's kept glyphs, and how many primitives they are. iPlainFills: whether fills light
+/// whole pixels, so that opaque ones may be drawn as PlainFills.
+int DrawReady(const Draw& iDraw, const ReadyDraw& iReady, bool iPlainFills)
 {
     const GLenum mode = cModes[iDraw.kind];
-    const int perPrimitive = VerticesPerPrimitive(mode);
-    const ColouredVertex* vertices = &iPart.glyphs[iDraw.kind][std::size_t(iDraw.first)];
-    const auto kept = iPart.glyphKept[iDraw.kind].begin() + iDraw.first;
-    int count = iDraw.count;
-    if (!std::all_of(kept, kept + iDraw.count, [](char iKept) { return iKept; })) {
-        ioScratch.clear();
-        for (int i = 0; i + perPrimitive <= iDraw.count; i += perPrimitive)
-            if (kept[i])
-                ioScratch.insert(ioScratch.end(), vertices + i, vertices + i + perPrimitive);
-        vertices = ioScratch.data();
-        count = int(ioScratch.size());
-    }
-    const auto opaque = [](const ColouredVertex& iVertex) { return iVertex.isOpaque(); };
-    if (iPlainFills && IsFill(iDraw.kind) && count > 0 && std::all_of(vertices, vertices + count, opaque)) {
+    if (iPlainFills && IsFill(iDraw.kind) && iReady.count > 0 && iReady.opaque) {
         const PlainFills plain;
-        DrawColouredVertices(mode, vertices, count);
+        DrawColouredVertices(mode, iReady.vertices, iReady.count);
     } else {
-        DrawColouredVertices(mode, vertices, count);
+        DrawColouredVertices(mode, iReady.vertices, iReady.count);
     }
-    return count / perPrimitive;
+    return iReady.count / VerticesPerPrimitive(mode);
 }
 
-/// Runs the steps, each holding what it draws in its own part from iFirstPart on, and culls
-/// each part as soon as it is held. With a core to spare, a second thread runs the steps from
-/// the last while this one culls: the model is read by one thread at a time, and the parts
-/// culled here are those the other has finished with.
-void HoldSteps(const std::vector<std::function<void()>>& iSteps, std::size_t iFirstPart, Store& ioStore,
-    Culling& ioCulling)
+/// The work of a drawing's last steps on two threads. A second thread runs the steps from the
+/// last while this one culls each part as soon as it is held: the model is read by one thread at
+/// a time, and the parts culled here are those the other has finished with. Then, while this
+/// thread culls the rest and draws from the first part on, the other makes culled parts ready to
+/// draw from the last part back, until the two meet. Without a core to spare, this thread does
+/// it all.
+class Steps
 {
-    const std::size_t count = iSteps.size();
-    const auto run = [&](std::size_t iStep) {
+public:
+    Steps(const std::vector<std::function<void()>>& iSteps, std::size_t iFirstPart, Store& ioStore)
+        : mSteps(iSteps)
+        , mFirstPart(iFirstPart)
+        , mStore(ioStore)
+        , mHeldFrom(iSteps.size())
+        , mCulledFrom(ioStore.used)
+    {
+        if (mSteps.size() > 1 && std::thread::hardware_concurrency() > 1) {
+            try {
+                mWorker = std::thread([this] { work(); });
+            } catch (const std::system_error&) {
+            }
+        }
+        if (!mWorker.joinable())
+            for (std::size_t step = 0; step < mSteps.size(); ++step)
+                run(step);
+    }
+
+    /// Whatever happens on this thread, the other is waited for: it uses what this frame holds.
+    ~Steps()
+    {
+        if (mWorker.joinable()) {
+            {
+                const std::lock_guard<std::mutex> lock(mMutex);
+                mStopped = true;
+            }
+            mChanged.notify_all();
+            mWorker.join();
+        }
+    }
+    Steps(const Steps&) = delete;
+    Steps& operator=(const Steps&) = delete;
+
+    /// Culls every part, from the last to the first, as each is held.
+    void cullAll(Culling& ioCulling)
+    {
+        for (std::size_t part = mStore.used; part-- > 0;) {
+            if (part >= mFirstPart && mWorker.joinable()) {
+                std::unique_lock<std::mutex> lock(mMutex);
+                mChanged.wait(lock, [&] { return mHeldFrom <= part - mFirstPart || mFailure; });
+                if (mFailure)
+                    std::rethrow_exception(mFailure);
+            }
+            ioCulling.cull(*mStore.parts[part]);
+            if (mWorker.joinable()) {
+                {
+                    const std::lock_guard<std::mutex> lock(mMutex);
+                    mCulledFrom = part;
+                }
+                mChanged.notify_all();
+            }
+        }
+    }
+
+    /// A culled part, ready to draw.
+    const Part& ready(std::size_t iPart)
+    {
+        Part& part = *mStore.parts[iPart];
+        if (part.claim()) {
+            part.makeReady();
+            part.readiness = Part::cReady;
+        } else if (part.readiness != Part::cReady) {
+            std::unique_lock<std::mutex> lock(mMutex);
+            mChanged.wait(lock, [&] { return part.readiness == Part::cReady; });
+        }
+        return part;
+    }
+
+private:
+    void run(std::size_t iStep)
+    {
         struct Holding
         {
             explicit Holding(Part* iPart)
@@ -382,62 +494,58 @@ void HoldSteps(const std::vector<std::function<void()>>& iSteps, std::size_t iFi
             }
             ~Holding() { tPart = before; }
             Part* before;
-        } holding(ioStore.parts[iFirstPart + iStep].get());
-        iSteps[iStep]();
-    };
-    std::mutex mutex;
-    std::condition_variable held;
-    std::size_t pending = count; // steps from this one on are held
-    std::exception_ptr failure;
-    std::thread worker;
-    if (count > 1 && std::thread::hardware_concurrency() > 1) {
-        try {
-            worker = std::thread([&] {
-                for (std::size_t step = count; step-- > 0;) {
-                    try {
-                        run(step);
-                    } catch (...) {
-                        const std::lock_guard<std::mutex> lock(mutex);
-                        failure = std::current_exception();
-                        pending = 0;
-                        held.notify_one();
-                        return;
-                    }
-                    const std::lock_guard<std::mutex> lock(mutex);
-                    pending = step;
-                    held.notify_one();
-                }
-            });
-        } catch (const std::system_error&) {
-        }
+        } holding(mStore.parts[mFirstPart + iStep].get());
+        mSteps[iStep]();
     }
-    if (!worker.joinable()) {
-        for (std::size_t step = 0; step < count; ++step)
-            run(step);
-        for (std::size_t step = count; step-- > 0;)
-            ioCulling.cull(*ioStore.parts[iFirstPart + step]);
-        return;
-    }
+
+    void work()
     {
-        // Whatever happens here, the worker is waited for: it uses what this frame holds.
-        struct Joining
-        {
-            std::thread& worker;
-            ~Joining() { worker.join(); }
-        } joining { worker };
-        for (std::size_t step = count; step-- > 0;) {
-            {
-                std::unique_lock<std::mutex> lock(mutex);
-                held.wait(lock, [&] { return pending <= step || failure; });
-                if (failure)
-                    break;
+        for (std::size_t step = mSteps.size(); step-- > 0;) {
+            try {
+                run(step);
+            } catch (...) {
+                const std::lock_guard<std::mutex> lock(mMutex);
+                mFailure = std::current_exception();
+                mChanged.notify_all();
+                return;
             }
-            ioCulling.cull(*ioStore.parts[iFirstPart + step]);
+            {
+                const std::lock_guard<std::mutex> lock(mMutex);
+                mHeldFrom = step;
+            }
+            mChanged.notify_all();
+        }
+        for (std::size_t index = mStore.used; index-- > 0;) {
+            {
+                std::unique_lock<std::mutex> lock(mMutex);
+                mChanged.wait(lock, [&] { return mCulledFrom <= index || mStopped; });
+                if (mStopped)
+                    return;
+            }
+            Part& part = *mStore.parts[index];
+            if (!part.claim())
+                return; // the drawing has come this far: the parts before are its own
+            part.makeReady();
+            {
+                // Under the lock, so that a wait for this part can't miss it.
+                const std::lock_guard<std::mutex> lock(mMutex);
+                part.readiness = Part::cReady;
+            }
+            mChanged.notify_all();
         }
     }
-    if (failure)
-        std::rethrow_exception(failure);
-}
+
+    const std::vector<std::function<void()>>& mSteps;
+    std::size_t mFirstPart;
+    Store& mStore;
+    std::thread mWorker;
+    std::mutex mMutex;
+    std::condition_variable mChanged;
+    std::size_t mHeldFrom; // steps from this one on are held
+    std::size_t mCulledFrom; // parts from this one on are culled
+    bool mStopped = false;
+    std::exception_ptr mFailure;
+};
 
 } // namespace
 
@@ -510,18 +618,17 @@ void DeferredCurveDrawing::finish(const std::vector<std::function<void()>>& iLas
     tPart = nullptr;
 
     Culling culling(store.mask);
-    HoldSteps(iLastSteps, firstStep, store, culling);
-    for (std::size_t i = firstStep; i-- > 0;)
-        culling.cull(*store.parts[i]);
+    Steps steps(iLastSteps, firstStep, store);
+    steps.cullAll(culling);
 
     glLineWidth(cLineWidth);
     const bool plainFills = !SmoothsPolygons();
     int sinceFlush = 0;
     for (std::size_t i = 0; i < store.used; ++i) {
-        const Part& part = *store.parts[i];
-        for (const Draw& draw : part.draws) {
-            sinceFlush += draw.kind == cStrip ? DrawKeptStrip(draw, part)
-                                              : DrawKeptGlyphs(draw, part, plainFills, store.scratch);
+        const Part& part = steps.ready(i);
+        for (std::size_t d = 0; d < part.draws.size(); ++d) {
+            const Draw& draw = part.draws[d];
+            sinceFlush += draw.kind == cStrip ? DrawKeptStrip(draw, part) : DrawReady(draw, part.ready[d], plainFills);
         }
         if (sinceFlush >= cPrimitivesPerFlush) {
             glFlush();
