@@ -239,16 +239,23 @@ public:
         return cRasterSlack + cFloatUlps * FLT_EPSILON * (largest + std::max(width, height));
     }
 
-    /// The corners of iCount vertices in pixels, and the slack they allow.
-    template <class Vertex> double place(const Vertex* iVertices, int iCount, Point* oCorners) const
+    /// The slack for any of iCount vertices: one for a whole draw, as its vertices lie close
+    /// together and the float error it allows for is a small part of the rasteriser's own.
+    template <class Vertex> double slack(const Vertex* iVertices, int iCount) const
     {
-        double x = 0.0, y = 0.0;
+        float x = 0.0f, y = 0.0f;
         for (int i = 0; i < iCount; ++i) {
-            oCorners[i] = (*this)(&iVertices[i].x);
-            x = std::max(x, double(std::abs(iVertices[i].x)));
-            y = std::max(y, double(std::abs(iVertices[i].y)));
+            x = std::max(x, std::abs(iVertices[i].x));
+            y = std::max(y, std::abs(iVertices[i].y));
         }
         return slack(x, y);
+    }
+
+    /// The corners of iCount vertices in pixels.
+    template <class Vertex> void place(const Vertex* iVertices, int iCount, Point* oCorners) const
+    {
+        for (int i = 0; i < iCount; ++i)
+            oCorners[i] = (*this)(&iVertices[i].x);
     }
 
     int width = 0, height = 0;
@@ -273,12 +280,13 @@ void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, Oc
     const bool fill = IsFill(iDraw.kind);
     const std::vector<ColouredVertex>& vertices = ioPart.glyphs[iDraw.kind];
     std::vector<char>& kept = ioPart.glyphKept[iDraw.kind];
+    const double slack = iPlacement.slack(&vertices[std::size_t(iDraw.first)], iDraw.count)
+        + (fill ? iPlacement.fillMargin : iPlacement.lineMargin);
     for (int first = iDraw.first + (iDraw.count / perPrimitive - 1) * perPrimitive; first >= iDraw.first;
          first -= perPrimitive) {
         const ColouredVertex* primitive = &vertices[std::size_t(first)];
         Point corners[4];
-        const double slack = iPlacement.place(primitive, perPrimitive, corners)
-            + (fill ? iPlacement.fillMargin : iPlacement.lineMargin);
+        iPlacement.place(primitive, perPrimitive, corners);
         bool hidden;
         if (!fill)
             hidden = ioMask.hidesLine(corners[0], corners[1], slack);
@@ -293,9 +301,10 @@ void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, Oc
 void CullStrip(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, const OcclusionMask& iMask)
 {
     const PlainVertex* points = &ioPart.strips[std::size_t(iDraw.first)];
+    const double slack = iPlacement.slack(points, iDraw.count) + iPlacement.lineMargin;
     for (int i = 0; i + 1 < iDraw.count; ++i) {
         Point ends[2];
-        const double slack = iPlacement.place(&points[i], 2, ends) + iPlacement.lineMargin;
+        iPlacement.place(&points[i], 2, ends);
         ioPart.stripKept[std::size_t(iDraw.first + i)] = !iMask.hidesLine(ends[0], ends[1], slack);
     }
 }
