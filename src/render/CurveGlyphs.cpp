@@ -92,9 +92,8 @@ public:
 
     void tangentLine(const Vector& iFrom, const Vector& iTo, const Rgb& iColour)
     {
-        const ColouredVertex colour = Rgba(iColour, cTangentLineAlpha);
-        add(mArrays->tangentLines, iFrom, colour);
-        add(mArrays->tangentLines, iTo, colour);
+        const Vector ends[2] = { iFrom, iTo };
+        append(mArrays->tangentLines, ends, 2, Rgba(iColour, cTangentLineAlpha));
     }
 
     void handle(const Vector iCorners[3], const Rgb& iColour, bool iFilled)
@@ -109,31 +108,42 @@ public:
     }
 
 private:
-    /// A vertex at the origin carrying the colour, to be placed by add().
+    static constexpr int cMostCorners = 4;
+
+    /// A vertex at the origin carrying the colour, to be placed by append().
     static ColouredVertex Rgba(const Rgb& iColour, GLubyte iAlpha)
     {
         return { 0.0f, 0.0f, iColour.r, iColour.g, iColour.b, iAlpha };
     }
 
-    static void add(std::vector<ColouredVertex>& ioVertices, const Vector& iPoint, ColouredVertex iColour)
+    /// The points in the colour, appended at once: a vertex a push_back would store the array's
+    /// end as often, and colour bytes may alias it, so each would reload it.
+    static void append(std::vector<ColouredVertex>& ioVertices, const Vector* iPoints, int iCount, ColouredVertex iColour)
     {
-        iColour.x = GLfloat(iPoint.x);
-        iColour.y = GLfloat(iPoint.y);
-        ioVertices.push_back(iColour);
+        constexpr int cMost = 2 * cMostCorners;
+        ColouredVertex vertices[cMost];
+        for (int i = 0; i < iCount && i < cMost; ++i) {
+            vertices[i] = iColour;
+            vertices[i].x = GLfloat(iPoints[i].x);
+            vertices[i].y = GLfloat(iPoints[i].y);
+        }
+        ioVertices.insert(ioVertices.end(), vertices, vertices + std::min(iCount, cMost));
     }
 
     /// A filled polygon of 3 or 4 corners, or its outline as separate edges.
     static void polygon(const Vector* iCorners, int iCount, const ColouredVertex& iColour, bool iFilled,
         std::vector<ColouredVertex>& ioFills, std::vector<ColouredVertex>& ioOutlines)
     {
-        for (int i = 0; i < iCount; ++i) {
-            if (iFilled) {
-                add(ioFills, iCorners[i], iColour);
-            } else {
-                add(ioOutlines, iCorners[i], iColour);
-                add(ioOutlines, iCorners[(i + 1) % iCount], iColour);
-            }
+        if (iFilled) {
+            append(ioFills, iCorners, iCount, iColour);
+            return;
         }
+        Vector edges[2 * cMostCorners];
+        for (int i = 0; i < iCount && i < cMostCorners; ++i) {
+            edges[2 * i] = iCorners[i];
+            edges[2 * i + 1] = iCorners[(i + 1) % iCount];
+        }
+        append(ioOutlines, edges, 2 * iCount, iColour);
     }
 
     // The vertices go straight to where a deferred drawing holds them.
