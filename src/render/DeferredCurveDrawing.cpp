@@ -481,14 +481,18 @@ public:
     const Part& ready(std::size_t iPart)
     {
         Part& part = *mStore.parts[iPart];
-        if (part.claim()) {
-            part.makeReady();
-            part.readiness = Part::cReady;
-        } else if (part.readiness != Part::cReady) {
+        for (;;) {
+            if (part.claim()) {
+                part.makeReady();
+                part.readiness = Part::cReady;
+                return part;
+            }
             std::unique_lock<std::mutex> lock(mMutex);
-            mChanged.wait(lock, [&] { return part.readiness == Part::cReady; });
+            mChanged.wait(lock, [&] { return part.readiness != Part::cClaimed; });
+            if (part.readiness == Part::cReady)
+                return part;
+            // The other thread gave it up: this one tries.
         }
-        return part;
     }
 
 private:
@@ -521,6 +525,8 @@ private:
             {
                 const std::lock_guard<std::mutex> lock(mMutex);
                 mHeldFrom = step;
+                if (mStopped)
+                    return;
             }
             mChanged.notify_all();
         }
@@ -534,13 +540,20 @@ private:
             Part& part = *mStore.parts[index];
             if (!part.claim())
                 return; // the drawing has come this far: the parts before are its own
-            part.makeReady();
+            int readiness = Part::cReady;
+            try {
+                part.makeReady();
+            } catch (...) {
+                readiness = Part::cUnready; // left to the drawing, where a failure can be reported
+            }
             {
                 // Under the lock, so that a wait for this part can't miss it.
                 const std::lock_guard<std::mutex> lock(mMutex);
-                part.readiness = Part::cReady;
+                part.readiness = readiness;
             }
             mChanged.notify_all();
+            if (readiness != Part::cReady)
+                return;
         }
     }
 

@@ -192,11 +192,14 @@ TEST_F(CurveCanvas, deferred_drawing_leaves_out_most_primitives_of_a_dense_view_
         const GLuint all = mPrimitives;
         const QImage deferred = draw(cDeferred);
         const GLuint kept = mPrimitives;
-        const QImage inSteps = draw(cInSteps);
-
         EXPECT_EQ(Differences(immediate, deferred), 0);
-        EXPECT_EQ(Differences(immediate, inSteps), 0);
-        EXPECT_EQ(mPrimitives, kept) << "steps on another thread leave out what a single one does";
+        // The two threads share out the last of the work by who comes first: a few runs meet at
+        // different places.
+        for (int run = 0; run < 4; ++run) {
+            const QImage inSteps = draw(cInSteps);
+            EXPECT_EQ(Differences(immediate, inSteps), 0) << "run " << run;
+            EXPECT_EQ(mPrimitives, kept) << "steps on another thread leave out what a single one does";
+        }
         // Away from the origin GL's rounding leaves less sure, and at 4e6 a float's step is a
         // quarter of a pixel.
         if (x0 == 0.0)
