@@ -10,6 +10,8 @@ namespace v22 {
 namespace {
 
 constexpr int cMaxCorners = 4;
+/// Lines no longer than this, in pixels, either way, are tried against their box first.
+constexpr double cShortLine = 8.0;
 
 /// floor and ceil for values within the range of int, as the library's but for a conversion and
 /// a comparison instead of a call: the conversion cuts toward zero, and the comparison corrects
@@ -258,11 +260,17 @@ bool OcclusionMask::hidesOrCovers(const Point* iCorners, int iCount, double iSla
 bool OcclusionMask::hidesLine(const Point& iFrom, const Point& iTo, double iSlack) const
 {
     // A line within a pixel of level or upright fills its box but for slivers: the box is the
-    // cheaper outline, and as large.
+    // cheaper outline, and as large. A short line, as a curve sampled at every pixel is made of,
+    // is mostly hidden, if at all, together with its box: the box is tried first.
     const double reach = cLineReach + iSlack;
-    if (std::min(std::abs(iTo.x - iFrom.x), std::abs(iTo.y - iFrom.y)) <= 1.0)
-        return hidesBox(std::min(iFrom.x, iTo.x) - reach, std::min(iFrom.y, iTo.y) - reach,
-            std::max(iFrom.x, iTo.x) + reach, std::max(iFrom.y, iTo.y) + reach);
+    const double width = std::abs(iTo.x - iFrom.x), height = std::abs(iTo.y - iFrom.y);
+    const bool level = std::min(width, height) <= 1.0;
+    if ((level || std::max(width, height) <= cShortLine)
+        && hidesBox(std::min(iFrom.x, iTo.x) - reach, std::min(iFrom.y, iTo.y) - reach,
+            std::max(iFrom.x, iTo.x) + reach, std::max(iFrom.y, iTo.y) + reach))
+        return true;
+    if (level)
+        return false;
     const LineBand band(iFrom, iTo, reach);
     return band.isFinite() && isHidden(band);
 }

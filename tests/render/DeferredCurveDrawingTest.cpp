@@ -310,6 +310,14 @@ TEST(OcclusionMask, hides_only_what_lies_on_pixel_centres_an_opaque_polygon_sure
     EXPECT_FALSE(mask.hidesLine(Point(20, 27), Point(20, 29.4), cSlack));
     EXPECT_FALSE(mask.hidesLine(Point(12, 20), Point(29.4, 20), cSlack)) << "level, past the right edge";
     EXPECT_TRUE(mask.hidesLine(Point(12, 20), Point(29.3, 20), cSlack));
+
+    // Short slanted lines beside a slanted edge: their boxes reach past it, their outlines only
+    // when a pixel nearer.
+    mask.reset(64, 48);
+    const Point slanted[3] = { Point(0, 0), Point(40, 0), Point(0, 40) };
+    mask.cover(slanted, 3, cSlack);
+    EXPECT_TRUE(mask.hidesLine(Point(16, 20), Point(20, 16), cSlack));
+    EXPECT_FALSE(mask.hidesLine(Point(17.5, 21.5), Point(21.5, 17.5), cSlack));
 }
 
 TEST(OcclusionMask, nothing_beyond_the_viewport_or_of_no_area_or_not_finite_is_hidden_or_covers)
