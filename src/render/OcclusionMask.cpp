@@ -202,10 +202,15 @@ void OcclusionMask::reset(int iWidth, int iHeight)
 
 template <class Shape> bool OcclusionMask::isHidden(const Shape& iShape) const
 {
+    return firstUncoveredRow(iShape) == cHiddenRow;
+}
+
+template <class Shape> int OcclusionMask::firstUncoveredRow(const Shape& iShape) const
+{
     // Every row the shape may reach must lie in the mask, and be covered wherever it does.
     const double bottom = iShape.bottom() - 0.5, top = iShape.top() - 0.5;
     if (mEmpty || !(bottom > -1.0 && top < mHeight))
-        return false;
+        return 0;
     const int lastRow = Floor(top);
     for (int row = Ceil(bottom); row <= lastRow; ++row) {
         double low, high;
@@ -213,13 +218,13 @@ template <class Shape> bool OcclusionMask::isHidden(const Shape& iShape) const
         if (!(low <= high))
             continue;
         if (!(low - 0.5 >= -1.0 && high - 0.5 < mWidth))
-            return false;
+            return row;
         const int first = Ceil(low - 0.5);
         const int last = Floor(high - 0.5);
         if (first <= last && (first < 0 || last >= mWidth || !isCovered(row, first, last)))
-            return false;
+            return row;
     }
-    return true;
+    return cHiddenRow;
 }
 
 bool OcclusionMask::hides(const Point* iCorners, int iCount, double iSlack) const
@@ -240,20 +245,24 @@ bool OcclusionMask::hidesOrCovers(const Point* iCorners, int iCount, double iSla
         return false;
     if (IsUpright(iCorners, iCount)) {
         const Rect box = Rect::Of(iCorners, iSlack);
-        if (hidesBox(box.left, box.lower, box.right, box.upper))
+        const int uncovered = firstUncoveredRowOfBox(box.left, box.lower, box.right, box.upper);
+        if (uncovered == cHiddenRow)
             return true;
+        // Below the first row found uncovered, the shape grown is covered, and so is the shape
+        // shrunk, which lies inside it: the fill starts there.
         const Rect inside = Rect::Of(iCorners, -iSlack);
         if (inside.isFinite())
-            fill(inside);
+            fill(inside, uncovered);
         return false;
     }
     Region region;
     if (!region.set(iCorners, iCount, iSlack))
         return false;
-    if (isHidden(region))
+    const int uncovered = firstUncoveredRow(region);
+    if (uncovered == cHiddenRow)
         return true;
     region.shrink();
-    fill(region);
+    fill(region, uncovered);
     return false;
 }
 
@@ -277,15 +286,20 @@ bool OcclusionMask::hidesLine(const Point& iFrom, const Point& iTo, double iSlac
 
 bool OcclusionMask::hidesBox(double iLeft, double iBottom, double iRight, double iTop) const
 {
+    return firstUncoveredRowOfBox(iLeft, iBottom, iRight, iTop) == cHiddenRow;
+}
+
+int OcclusionMask::firstUncoveredRowOfBox(double iLeft, double iBottom, double iRight, double iTop) const
+{
     // Whatever may reach beyond the viewport is drawn; so is what isn't a number.
     if (mEmpty || !(iBottom - 0.5 > -1.0 && iTop - 0.5 < mHeight && iLeft - 0.5 > -1.0 && iRight - 0.5 < mWidth))
-        return false;
+        return 0;
     const int first = Ceil(iLeft - 0.5), last = Floor(iRight - 0.5);
     const int lastRow = Floor(iTop - 0.5);
     for (int row = Ceil(iBottom - 0.5); row <= lastRow; ++row)
         if (!isCovered(row, first, last))
-            return false;
-    return true;
+            return row;
+    return cHiddenRow;
 }
 
 void OcclusionMask::cover(const Point* iCorners, int iCount, double iSlack)
@@ -305,9 +319,9 @@ void OcclusionMask::cover(const Point* iCorners, int iCount, double iSlack)
     }
 }
 
-template <class Shape> void OcclusionMask::fill(const Shape& iShape)
+template <class Shape> void OcclusionMask::fill(const Shape& iShape, int iFromRow)
 {
-    const int firstRow = Ceil(std::clamp(iShape.bottom() - 0.5, 0.0, double(mHeight)));
+    const int firstRow = std::max(iFromRow, Ceil(std::clamp(iShape.bottom() - 0.5, 0.0, double(mHeight))));
     const int lastRow = Floor(std::clamp(iShape.top() - 0.5, -1.0, double(mHeight - 1)));
     for (int row = firstRow; row <= lastRow; ++row) {
         double low, high;

@@ -47,11 +47,18 @@ private:
     /// Whether the shape (a band of rows, and an x range at each row's height) lies on
     /// covered pixels of the mask and nowhere else.
     template <class Shape> bool isHidden(const Shape& iShape) const;
+    /// The lowest row where the shape reaches a pixel not covered, or outside the mask: all of
+    /// the shape below it is covered. cHiddenRow if the shape is hidden.
+    template <class Shape> int firstUncoveredRow(const Shape& iShape) const;
+    static constexpr int cHiddenRow = 1 << 30;
 
-    /// Marks the pixels whose centres lie in the shape, in the mask.
-    template <class Shape> void fill(const Shape& iShape);
+    /// Marks the pixels whose centres lie in the shape, in the mask, from row iFromRow up.
+    template <class Shape> void fill(const Shape& iShape, int iFromRow = 0);
     /// Whether the pixels whose centres lie in the box are all covered, and all in the mask.
     bool hidesBox(double iLeft, double iBottom, double iRight, double iTop) const;
+    /// The lowest row where the box reaches a pixel not covered, or outside the mask;
+    /// cHiddenRow if it is hidden.
+    int firstUncoveredRowOfBox(double iLeft, double iBottom, double iRight, double iTop) const;
 
     /// The bits of columns iFirst to iLast that fall in word iWord of a row.
     static std::uint64_t bitsOf(int iWord, int iFirst, int iLast);

@@ -349,55 +349,102 @@ TEST(OcclusionMask, nothing_beyond_the_viewport_or_of_no_area_or_not_finite_is_h
 
 // Covering a pixel the polygon doesn't light would hide what shows there. Shapes are strewn over
 // a mask wider and taller than 2048 pixels, so that every range of rows and columns is checked.
+namespace {
+
+/// Keyframe squares and handle triangles, either way round, of random sizes and places.
+std::vector<std::vector<Point>> RandomGlyphs(int iCount, double iSide)
+{
+    std::mt19937 random(11);
+    std::uniform_real_distribution<double> place(2.0, iSide - 12.0), corner(0.0, 9.0);
+    std::vector<std::vector<Point>> glyphs;
+    for (int shape = 0; shape < iCount; ++shape) {
+        const Point origin(place(random), place(random));
+        if (shape % 3 == 0) {
+            const double side = 1.0 + corner(random);
+            glyphs.push_back({ origin, origin + Point(side, 0), origin + Point(side, side), origin + Point(0, side) });
+        } else {
+            glyphs.push_back({ origin, origin + Point(corner(random), corner(random)),
+                origin + Point(corner(random), corner(random)) });
+        }
+    }
+    return glyphs;
+}
+
+/// The signed distance of a point from a convex polygon's outline, positive inside, and its
+/// twice signed area.
+double Depth(const std::vector<Point>& iCorners, const Point& iPoint, double& oTwiceArea)
+{
+    const int count = int(iCorners.size());
+    oTwiceArea = 0.0;
+    for (int i = 0; i < count; ++i)
+        oTwiceArea += iCorners[i].x * iCorners[(i + 1) % count].y - iCorners[(i + 1) % count].x * iCorners[i].y;
+    double nearest = HUGE_VAL;
+    for (int i = 0; i < count; ++i) {
+        const Point edge = iCorners[(i + 1) % count] - iCorners[i];
+        const Point toPoint = iPoint - iCorners[i];
+        const double cross = edge.x * toPoint.y - edge.y * toPoint.x;
+        nearest = std::min(nearest, (oTwiceArea > 0 ? cross : -cross) / std::hypot(edge.x, edge.y));
+    }
+    return nearest;
+}
+
+bool IsCovered(const OcclusionMask& iMask, const Point& iCentre)
+{
+    const auto pixel = Box(iCentre.x - 0.1, iCentre.y - 0.1, iCentre.x + 0.1, iCentre.y + 0.1);
+    return iMask.hides(pixel.data(), 4, 0.0);
+}
+
+} // namespace
+
 TEST(OcclusionMask, an_opaque_polygon_covers_the_centres_deep_inside_it_and_none_outside_anywhere)
 {
     constexpr int cSide = 2600;
-    std::mt19937 random(11);
-    std::uniform_real_distribution<double> place(2.0, cSide - 12.0), corner(0.0, 9.0);
     OcclusionMask mask;
-    for (int shape = 0; shape < 150; ++shape) {
-        const Point origin(place(random), place(random));
-        std::vector<Point> corners;
-        if (shape % 3 == 0) { // a keyframe's upright square
-            const double side = 1.0 + corner(random);
-            corners.assign({ origin, origin + Point(side, 0), origin + Point(side, side), origin + Point(0, side) });
-        } else { // a handle's triangle, either way round
-            corners.assign({ origin, origin + Point(corner(random), corner(random)),
-                origin + Point(corner(random), corner(random)) });
-        }
-        SCOPED_TRACE("shape " + std::to_string(shape));
+    int shape = 0;
+    for (const auto& corners : RandomGlyphs(150, cSide)) {
+        SCOPED_TRACE("shape " + std::to_string(shape++));
         mask.reset(cSide, cSide);
         mask.cover(corners.data(), int(corners.size()), cSlack);
-
-        // The signed distance of a pixel centre from the polygon's outline, positive inside.
-        const int count = int(corners.size());
-        double area = 0.0;
-        for (int i = 0; i < count; ++i)
-            area += corners[i].x * corners[(i + 1) % count].y - corners[(i + 1) % count].x * corners[i].y;
-        const auto depth = [&](const Point& iCentre) {
-            double nearest = HUGE_VAL;
-            for (int i = 0; i < count; ++i) {
-                const Point edge = corners[(i + 1) % count] - corners[i];
-                const Point toCentre = iCentre - corners[i];
-                const double cross = edge.x * toCentre.y - edge.y * toCentre.x;
-                nearest = std::min(nearest, (area > 0 ? cross : -cross) / std::hypot(edge.x, edge.y));
-            }
-            return nearest;
-        };
-        if (!(std::abs(area) > 1.0))
-            continue;
-        const int column0 = int(origin.x) - 2, row0 = int(origin.y) - 2;
+        const int column0 = int(corners[0].x) - 2, row0 = int(corners[0].y) - 2;
         for (int row = row0; row < row0 + 14; ++row)
             for (int column = column0; column < column0 + 14; ++column) {
                 const Point centre(column + 0.5, row + 0.5);
-                const auto pixel = Box(centre.x - 0.1, centre.y - 0.1, centre.x + 0.1, centre.y + 0.1);
-                const bool covered = mask.hides(pixel.data(), 4, 0.0);
-                const double inside = depth(centre);
-                if (covered)
+                double twiceArea = 0.0;
+                const double inside = Depth(corners, centre, twiceArea);
+                if (!(std::abs(twiceArea) > 1.0))
+                    continue;
+                if (IsCovered(mask, centre))
                     ASSERT_GE(inside, cSlack) << "pixel " << column << ", " << row << " lies outside";
                 else
                     ASSERT_LT(inside, 1.5 * cSlack) << "pixel " << column << ", " << row << " lies well inside";
             }
+    }
+}
+
+// A polygon is looked at from its lowest row up, and where the rows it reaches are covered up to
+// some height, it is only filled from there: what lies deep inside it is covered all the same.
+TEST(OcclusionMask, a_polygon_over_rows_covered_already_covers_the_rest_of_it)
+{
+    constexpr int cSide = 2600;
+    OcclusionMask mask;
+    int shape = 0;
+    for (const auto& corners : RandomGlyphs(150, cSide)) {
+        SCOPED_TRACE("shape " + std::to_string(shape++));
+        const int column0 = int(corners[0].x) - 2, row0 = int(corners[0].y) - 2;
+        for (int coveredRows = 0; coveredRows < 14; coveredRows += 3) {
+            mask.reset(cSide, cSide);
+            const auto below = Box(0, 0, cSide, row0 + coveredRows);
+            mask.cover(below.data(), 4, 0.0);
+            mask.hidesOrCovers(corners.data(), int(corners.size()), cSlack);
+            for (int row = row0; row < row0 + 14; ++row)
+                for (int column = column0; column < column0 + 14; ++column) {
+                    const Point centre(column + 0.5, row + 0.5);
+                    double twiceArea = 0.0;
+                    if (Depth(corners, centre, twiceArea) >= 1.5 * cSlack && std::abs(twiceArea) > 1.0) {
+                        ASSERT_TRUE(IsCovered(mask, centre)) << "pixel " << column << ", " << row;
+                    }
+                }
+        }
     }
 }
 
