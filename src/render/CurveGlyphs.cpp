@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <vector>
 
 namespace Ovantis {
@@ -83,11 +84,20 @@ public:
             hx *= cDiamondFactor;
             hy *= cDiamondFactor;
         }
-        const double x = iPosition.x;
-        const double y = iPosition.y;
-        const Vector square[4] = { { x - hx, y - hy }, { x - hx, y + hy }, { x + hx, y + hy }, { x + hx, y - hy } };
-        const Vector diamond[4] = { { x - hx, y }, { x, y - hy }, { x + hx, y }, { x, y + hy } };
-        polygon(iBreakdown ? diamond : square, 4, Rgba(iColour, cOpaque), iFilled, mArrays->keyFills, mArrays->keyOutlines);
+        const GlyphArrays::Shape shape = iBreakdown ? GlyphArrays::cDiamond : GlyphArrays::cSquare;
+        if (iFilled) {
+            ColouredVertex entries[GlyphArrays::cKeyFillEntries]
+                = { Rgba(iColour, cOpaque), { GLfloat(hx), GLfloat(hy), 0, 0, 0, shape } };
+            entries[0].x = GLfloat(iPosition.x);
+            entries[0].y = GLfloat(iPosition.y);
+            mArrays->keyFills.insert(mArrays->keyFills.end(), std::begin(entries), std::end(entries));
+            return;
+        }
+        double xy[4][2];
+        KeyframeCorners(iPosition.x, iPosition.y, hx, hy, shape, xy);
+        const Vector corners[4] = { { xy[0][0], xy[0][1] }, { xy[1][0], xy[1][1] }, { xy[2][0], xy[2][1] },
+            { xy[3][0], xy[3][1] } };
+        outline(corners, 4, Rgba(iColour, cOpaque), mArrays->keyOutlines);
     }
 
     void tangentLine(const Vector& iFrom, const Vector& iTo, const Rgb& iColour)
@@ -134,10 +144,16 @@ private:
     static void polygon(const Vector* iCorners, int iCount, const ColouredVertex& iColour, bool iFilled,
         std::vector<ColouredVertex>& ioFills, std::vector<ColouredVertex>& ioOutlines)
     {
-        if (iFilled) {
+        if (iFilled)
             append(ioFills, iCorners, iCount, iColour);
-            return;
-        }
+        else
+            outline(iCorners, iCount, iColour, ioOutlines);
+    }
+
+    /// A polygon's outline as separate edges.
+    static void outline(
+        const Vector* iCorners, int iCount, const ColouredVertex& iColour, std::vector<ColouredVertex>& ioOutlines)
+    {
         Vector edges[2 * cMostCorners];
         for (int i = 0; i < iCount && i < cMostCorners; ++i) {
             edges[2 * i] = iCorners[i];

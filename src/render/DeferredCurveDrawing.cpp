@@ -13,6 +13,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <system_error>
 #include <thread>
 
@@ -58,8 +59,25 @@ bool SmoothsPolygons()
     return glIsEnabled(GL_POLYGON_SMOOTH) && !IsKnownRasteriser();
 }
 
+/// How GL draws each kind; a filled keyframe goes as a quad or as a point, see Placement::pointSide.
 constexpr GLenum cModes[GlyphArrays::cKinds] = { GL_QUADS, GL_LINES, GL_LINES, GL_TRIANGLES, GL_LINES };
+/// How many entries of a kind's array make one of its primitives.
+constexpr int cEntries[GlyphArrays::cKinds] = { GlyphArrays::cKeyFillEntries, 2, 2, 3, 2 };
 constexpr int cStrip = GlyphArrays::cKinds;
+/// How near a square's width and height on screen must be, in pixels, for it to go as a point.
+constexpr double cSameSide = 1.0 / 1024.0;
+
+/// A filled keyframe's corners as GL takes them, each with its colour.
+void KeyFillCorners(const ColouredVertex* iEntries, ColouredVertex oCorners[4])
+{
+    double xy[4][2];
+    KeyframeCorners(iEntries[0].x, iEntries[0].y, iEntries[1].x, iEntries[1].y, GlyphArrays::Shape(iEntries[1].a), xy);
+    for (int i = 0; i < 4; ++i) {
+        oCorners[i] = iEntries[0];
+        oCorners[i].x = GLfloat(xy[i][0]);
+        oCorners[i].y = GLfloat(xy[i][1]);
+    }
+}
 
 struct Draw
 {
@@ -68,27 +86,241 @@ struct Draw
     GLfloat r, g, b; // a strip's colour
 };
 
-/// The kept primitives of a draw of glyphs, as GL takes them.
-struct ReadyDraw
+/// Kept primitives of a draw of glyphs, as GL takes them in one mode.
+struct Run
 {
+    GLenum mode;
     const ColouredVertex* vertices;
     int count;
     bool opaque;
+    GLfloat pointSide; // of points, in pixels
 };
 
+/// Where GL puts a vertex of the current matrices, in pixels from the viewport's corner.
+class Placement
+{
+public:
+    /// False unless the transform is a flat orthographic one onto a viewport of some size.
+    bool read()
+    {
+        GLdouble modelview[16], projection[16];
+        GLint viewport[4];
+        glGetDoublev(GL_MODELVIEW_MATRIX, modelview);
+        glGetDoublev(GL_PROJECTION_MATRIX, projection);
+        glGetIntegerv(GL_VIEWPORT, viewport);
+        GLdouble t[16];
+        for (int column = 0; column < 4; ++column)
+            for (int row = 0; row < 4; ++row) {
+                t[column * 4 + row] = 0.0;
+                for (int k = 0; k < 4; ++k)
+                    t[column * 4 + row] += projection[k * 4 + row] * modelview[column * 4 + k];
+            }
+        width = viewport[2];
+        height = viewport[3];
+        if (t[3] != 0.0 || t[7] != 0.0 || t[15] != 1.0 || width <= 0 || height <= 0)
+            return false;
+        const double halfWidth = 0.5 * width, halfHeight = 0.5 * height;
+        mXx = t[0] * halfWidth;
+        mXy = t[4] * halfWidth;
+        mX0 = (t[12] + 1.0) * halfWidth;
+        mYx = t[1] * halfHeight;
+        mYy = t[5] * halfHeight;
+        mY0 = (t[13] + 1.0) * halfHeight;
+        mTranslationX = std::abs(t[12]) * halfWidth;
+        mTranslationY = std::abs(t[13]) * halfHeight;
+        const bool known = IsKnownRasteriser();
+        GLint sampleBuffers = 0;
+        glGetIntegerv(GL_SAMPLE_BUFFERS, &sampleBuffers);
+        const bool multisampled = sampleBuffers > 0 && glIsEnabled(GL_MULTISAMPLE);
+        const bool smoothed = SmoothsPolygons();
+        fillMargin = multisampled || smoothed ? cPartialPixel : 0.0;
+        lineMargin = (multisampled ? cPartialPixel : 0.0) + (known ? 0.0 : cWiderLines);
+        if (!std::isfinite(mXx + mXy + mX0 + mYx + mYy + mY0))
+            return false;
+        readPointSizes();
+        mPoints = !smoothed && mXy == 0.0 && mYx == 0.0 && mSmallestPoint <= mLargestPoint;
+        return true;
+    }
+
+    Point operator()(const GLfloat* iXY) const
+    {
+        const double x = iXY[0], y = iXY[1];
+        return { mXx * x + mXy * y + mX0, mYx * x + mYy * y + mY0 };
+    }
+
+    /// The slack for vertices whose coordinates are at most iX and iY in size: the rasteriser's
+    /// own, and GL's float error, which grows with the size of the terms it sums.
+    double slack(double iX, double iY) const
+    {
+        const double largest = std::max(std::abs(mXx) * iX + std::abs(mXy) * iY + mTranslationX,
+            std::abs(mYx) * iX + std::abs(mYy) * iY + mTranslationY);
+        return cRasterSlack + cFloatUlps * FLT_EPSILON * (largest + std::max(width, height));
+    }
+
+    /// The slack for any of iCount vertices: one for a whole draw, as its vertices lie close
+    /// together and the float error it allows for is a small part of the rasteriser's own.
+    template <class Vertex> double slack(const Vertex* iVertices, int iCount) const
+    {
+        float x = 0.0f, y = 0.0f;
+        for (int i = 0; i < iCount; ++i) {
+            x = std::max(x, std::abs(iVertices[i].x));
+            y = std::max(y, std::abs(iVertices[i].y));
+        }
+        return slack(x, y);
+    }
+
+    /// The corners of iCount vertices in pixels.
+    template <class Vertex> void place(const Vertex* iVertices, int iCount, Point* oCorners) const
+    {
+        for (int i = 0; i < iCount; ++i)
+            oCorners[i] = (*this)(&iVertices[i].x);
+    }
+
+    /// The side in pixels of a filled keyframe's square, if GL may draw it as one point of that
+    /// size: upright on screen, of a size points take, and centred surely inside the viewport, as
+    /// GL drops a point whose centre is outside. 0 if it is to be drawn as a polygon.
+    double pointSide(const ColouredVertex* iEntries) const
+    {
+        if (!mPoints || iEntries[1].a != GlyphArrays::cSquare)
+            return 0.0;
+        const double side = 2.0 * std::abs(mXx * iEntries[1].x);
+        if (!(side >= mSmallestPoint && side <= mLargestPoint)
+            || !(std::abs(side - 2.0 * std::abs(mYy * iEntries[1].y)) <= cSameSide))
+            return 0.0;
+        const Point centre = (*this)(&iEntries[0].x);
+        const double margin = slack(std::abs(iEntries[0].x), std::abs(iEntries[0].y));
+        const bool inside = centre.x >= margin && centre.x <= width - margin && centre.y >= margin
+            && centre.y <= height - margin;
+        return inside ? side : 0.0;
+    }
+
+    /// The outline in pixels of a primitive of iKind as GL will draw it, and how many corners
+    /// it has.
+    int outline(int iKind, const ColouredVertex* iEntries, Point oCorners[4]) const
+    {
+        if (iKind != GlyphArrays::cKeyFills) {
+            place(iEntries, cEntries[iKind], oCorners);
+            return cEntries[iKind];
+        }
+        if (const double side = pointSide(iEntries)) {
+            const Point centre = (*this)(&iEntries[0].x);
+            const double half = 0.5 * side;
+            oCorners[0] = { centre.x - half, centre.y - half };
+            oCorners[1] = { centre.x - half, centre.y + half };
+            oCorners[2] = { centre.x + half, centre.y + half };
+            oCorners[3] = { centre.x + half, centre.y - half };
+            return 4;
+        }
+        ColouredVertex corners[4];
+        KeyFillCorners(iEntries, corners);
+        place(corners, 4, oCorners);
+        return 4;
+    }
+
+    int width = 0, height = 0;
+    /// Added to the slack of fills and of lines where the rasteriser may light more pixels than
+    /// their centres, or than a measured line does.
+    double fillMargin = 0.0, lineMargin = 0.0;
+
+private:
+    /// The sizes GL draws a point at as asked, in pixels. A point's square is clamped to the
+    /// implementation's ranges and its own limits, and scaled unless attenuation is off.
+    void readPointSizes()
+    {
+        GLfloat range[2] = { 1.0f, 0.0f }, aliased[2] = { 1.0f, 0.0f }, least = 0.0f, most = 0.0f;
+        GLfloat attenuation[3] = { 0.0f, 0.0f, 0.0f };
+        glGetFloatv(GL_POINT_SIZE_RANGE, range);
+        glGetFloatv(GL_ALIASED_POINT_SIZE_RANGE, aliased);
+        glGetFloatv(GL_POINT_SIZE_MIN, &least);
+        glGetFloatv(GL_POINT_SIZE_MAX, &most);
+        glGetFloatv(GL_POINT_DISTANCE_ATTENUATION, attenuation);
+        // Below a pixel, rasterisers widen points to one.
+        mSmallestPoint = std::max({ 1.0, double(range[0]), double(aliased[0]), double(least) });
+        mLargestPoint = std::min({ double(range[1]), double(aliased[1]), double(most) });
+        if (attenuation[0] != 1.0f || attenuation[1] != 0.0f || attenuation[2] != 0.0f)
+            mLargestPoint = 0.0;
+    }
+
+    double mXx = 0, mXy = 0, mX0 = 0, mYx = 0, mYy = 0, mY0 = 0, mTranslationX = 0, mTranslationY = 0;
+    /// Whether filled squares may be drawn as points, and of what sizes.
+    bool mPoints = false;
+    double mSmallestPoint = 1.0, mLargestPoint = 0.0;
+};
+
+/// Whether every vertex is opaque.
+bool Opaque(const ColouredVertex* iVertices, int iCount)
+{
+    return std::all_of(iVertices, iVertices + iCount, [](const ColouredVertex& iVertex) { return iVertex.isOpaque(); });
+}
+
+/// Appends the kept primitives of iCount entries of iKind (a flag at each primitive's first
+/// entry) as runs of one mode each. A run points at the entries themselves where it can; what
+/// it can't is copied to the end of ioVertices, which must have the room reserved: twice the
+/// entries of filled keyframes and the entries of the rest.
+void AppendRuns(int iKind, const ColouredVertex* iEntries, const char* iKept, int iCount, const Placement& iPlacement,
+    std::vector<ColouredVertex>& ioVertices, std::vector<Run>& ioRuns)
+{
+    const int perPrimitive = cEntries[iKind];
+    const int count = iCount / perPrimitive * perPrimitive;
+    if (iKind != GlyphArrays::cKeyFills) {
+        const ColouredVertex* vertices = iEntries;
+        int kept = count;
+        if (!std::all_of(iKept, iKept + count, [](char iKeep) { return iKeep; })) {
+            const std::size_t first = ioVertices.size();
+            for (int i = 0; i < count; i += perPrimitive)
+                if (iKept[i])
+                    ioVertices.insert(ioVertices.end(), iEntries + i, iEntries + i + perPrimitive);
+            vertices = ioVertices.data() + first;
+            kept = int(ioVertices.size() - first);
+        }
+        ioRuns.push_back({ cModes[iKind], vertices, kept, Opaque(vertices, kept), 0.0f });
+        return;
+    }
+    const std::size_t firstRun = ioRuns.size();
+    for (int i = 0; i < count; i += perPrimitive) {
+        if (!iKept[i])
+            continue;
+        const ColouredVertex* entries = iEntries + i;
+        const GLfloat side = GLfloat(iPlacement.pointSide(entries));
+        const GLenum mode = side > 0.0f ? GL_POINTS : GL_QUADS;
+        if (ioRuns.size() == firstRun || ioRuns.back().mode != mode || ioRuns.back().pointSide != side)
+            ioRuns.push_back({ mode, ioVertices.data() + ioVertices.size(), 0, true, side });
+        if (mode == GL_POINTS) {
+            ioVertices.push_back(entries[0]);
+        } else {
+            ColouredVertex corners[4];
+            KeyFillCorners(entries, corners);
+            ioVertices.insert(ioVertices.end(), corners, corners + 4);
+        }
+        Run& run = ioRuns.back();
+        run.count = int(ioVertices.data() + ioVertices.size() - run.vertices);
+        run.opaque = run.opaque && entries[0].isOpaque();
+    }
+}
+
+/// The room AppendRuns() needs for the kinds' entries.
+std::size_t RoomForRuns(const GlyphArrays& iGlyphs)
+{
+    std::size_t room = iGlyphs.keyFills.size();
+    for (int kind = 0; kind < GlyphArrays::cKinds; ++kind)
+        room += iGlyphs[kind].size();
+    return room;
+}
+
 /// What one step of a deferred drawing held back, and which of its primitives stay: one flag a
-/// primitive, at the index of its first vertex (a strip's line starts at its vertex).
+/// primitive, at the index of its first entry (a strip's line starts at its vertex).
 struct Part
 {
     std::vector<PlainVertex> strips;
     GlyphArrays glyphs;
     std::vector<Draw> draws;
     std::vector<char> stripKept, glyphKept[GlyphArrays::cKinds];
-    /// Once culled, the kept glyphs of each draw (none for a strip), copied together where some
-    /// are left out.
-    std::vector<ReadyDraw> ready;
+    /// Once culled, the kept glyphs as runs: those of draw d from firstRuns[d] on, and up to
+    /// firstRuns[d + 1]. Their vertices are the glyph arrays' own, or copies in readyVertices.
+    std::vector<Run> runs;
+    std::vector<std::size_t> firstRuns;
     std::vector<ColouredVertex> readyVertices;
-    /// Whether `ready` is being or has been made, and by which thread: see claim().
+    /// Whether the runs are being or have been made, and by which thread: see claim().
     std::atomic<int> readiness { cUnready };
     enum { cUnready, cClaimed, cReady };
 
@@ -108,35 +340,19 @@ struct Part
         return readiness.compare_exchange_strong(unready, cClaimed);
     }
 
-    void makeReady()
+    void makeReady(const Placement& iPlacement)
     {
-        ready.clear();
+        runs.clear();
+        firstRuns.clear();
         readyVertices.clear();
-        std::size_t all = 0;
-        for (int kind = 0; kind < GlyphArrays::cKinds; ++kind)
-            all += glyphs[kind].size();
-        readyVertices.reserve(all); // no reallocation: ready draws point into it
+        readyVertices.reserve(RoomForRuns(glyphs)); // no reallocation: runs point into it
         for (const Draw& draw : draws) {
-            if (draw.kind == cStrip) {
-                ready.push_back({ nullptr, 0, false });
-                continue;
-            }
-            const int perPrimitive = VerticesPerPrimitive(cModes[draw.kind]);
-            const ColouredVertex* vertices = &glyphs[draw.kind][std::size_t(draw.first)];
-            const char* kept = &glyphKept[draw.kind][std::size_t(draw.first)];
-            int count = draw.count / perPrimitive * perPrimitive;
-            if (!std::all_of(kept, kept + count, [](char iKept) { return iKept; })) {
-                const std::size_t first = readyVertices.size();
-                for (int i = 0; i < count; i += perPrimitive)
-                    if (kept[i])
-                        readyVertices.insert(readyVertices.end(), vertices + i, vertices + i + perPrimitive);
-                vertices = readyVertices.data() + first;
-                count = int(readyVertices.size() - first);
-            }
-            const bool opaque = std::all_of(
-                vertices, vertices + count, [](const ColouredVertex& iVertex) { return iVertex.isOpaque(); });
-            ready.push_back({ vertices, count, opaque });
+            firstRuns.push_back(runs.size());
+            if (draw.kind != cStrip)
+                AppendRuns(draw.kind, &glyphs[draw.kind][std::size_t(draw.first)],
+                    &glyphKept[draw.kind][std::size_t(draw.first)], draw.count, iPlacement, readyVertices, runs);
         }
+        firstRuns.push_back(runs.size());
     }
 
     void keepAll()
@@ -184,90 +400,6 @@ GlyphArrays& ImmediateArrays()
     return arrays;
 }
 
-/// Where GL puts a vertex of the current matrices, in pixels from the viewport's corner.
-class Placement
-{
-public:
-    /// False unless the transform is a flat orthographic one onto a viewport of some size.
-    bool read()
-    {
-        GLdouble modelview[16], projection[16];
-        GLint viewport[4];
-        glGetDoublev(GL_MODELVIEW_MATRIX, modelview);
-        glGetDoublev(GL_PROJECTION_MATRIX, projection);
-        glGetIntegerv(GL_VIEWPORT, viewport);
-        GLdouble t[16];
-        for (int column = 0; column < 4; ++column)
-            for (int row = 0; row < 4; ++row) {
-                t[column * 4 + row] = 0.0;
-                for (int k = 0; k < 4; ++k)
-                    t[column * 4 + row] += projection[k * 4 + row] * modelview[column * 4 + k];
-            }
-        width = viewport[2];
-        height = viewport[3];
-        if (t[3] != 0.0 || t[7] != 0.0 || t[15] != 1.0 || width <= 0 || height <= 0)
-            return false;
-        const double halfWidth = 0.5 * width, halfHeight = 0.5 * height;
-        mXx = t[0] * halfWidth;
-        mXy = t[4] * halfWidth;
-        mX0 = (t[12] + 1.0) * halfWidth;
-        mYx = t[1] * halfHeight;
-        mYy = t[5] * halfHeight;
-        mY0 = (t[13] + 1.0) * halfHeight;
-        mTranslationX = std::abs(t[12]) * halfWidth;
-        mTranslationY = std::abs(t[13]) * halfHeight;
-        const bool known = IsKnownRasteriser();
-        GLint sampleBuffers = 0;
-        glGetIntegerv(GL_SAMPLE_BUFFERS, &sampleBuffers);
-        const bool multisampled = sampleBuffers > 0 && glIsEnabled(GL_MULTISAMPLE);
-        fillMargin = multisampled || SmoothsPolygons() ? cPartialPixel : 0.0;
-        lineMargin = (multisampled ? cPartialPixel : 0.0) + (known ? 0.0 : cWiderLines);
-        return std::isfinite(mXx + mXy + mX0 + mYx + mYy + mY0);
-    }
-
-    Point operator()(const GLfloat* iXY) const
-    {
-        const double x = iXY[0], y = iXY[1];
-        return { mXx * x + mXy * y + mX0, mYx * x + mYy * y + mY0 };
-    }
-
-    /// The slack for vertices whose coordinates are at most iX and iY in size: the rasteriser's
-    /// own, and GL's float error, which grows with the size of the terms it sums.
-    double slack(double iX, double iY) const
-    {
-        const double largest = std::max(std::abs(mXx) * iX + std::abs(mXy) * iY + mTranslationX,
-            std::abs(mYx) * iX + std::abs(mYy) * iY + mTranslationY);
-        return cRasterSlack + cFloatUlps * FLT_EPSILON * (largest + std::max(width, height));
-    }
-
-    /// The slack for any of iCount vertices: one for a whole draw, as its vertices lie close
-    /// together and the float error it allows for is a small part of the rasteriser's own.
-    template <class Vertex> double slack(const Vertex* iVertices, int iCount) const
-    {
-        float x = 0.0f, y = 0.0f;
-        for (int i = 0; i < iCount; ++i) {
-            x = std::max(x, std::abs(iVertices[i].x));
-            y = std::max(y, std::abs(iVertices[i].y));
-        }
-        return slack(x, y);
-    }
-
-    /// The corners of iCount vertices in pixels.
-    template <class Vertex> void place(const Vertex* iVertices, int iCount, Point* oCorners) const
-    {
-        for (int i = 0; i < iCount; ++i)
-            oCorners[i] = (*this)(&iVertices[i].x);
-    }
-
-    int width = 0, height = 0;
-    /// Added to the slack of fills and of lines where the rasteriser may light more pixels than
-    /// their centres, or than a measured line does.
-    double fillMargin = 0.0, lineMargin = 0.0;
-
-private:
-    double mXx = 0, mXy = 0, mX0 = 0, mYx = 0, mYy = 0, mY0 = 0, mTranslationX = 0, mTranslationY = 0;
-};
-
 bool IsFill(int iKind)
 {
     return iKind == GlyphArrays::cKeyFills || iKind == GlyphArrays::cHandleFills;
@@ -277,7 +409,7 @@ bool IsFill(int iKind)
 /// adds each opaque fill that stays to the mask.
 void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, OcclusionMask& ioMask)
 {
-    const int perPrimitive = VerticesPerPrimitive(cModes[iDraw.kind]);
+    const int perPrimitive = cEntries[iDraw.kind];
     const bool fill = IsFill(iDraw.kind);
     const std::vector<ColouredVertex>& vertices = ioPart.glyphs[iDraw.kind];
     std::vector<char>& kept = ioPart.glyphKept[iDraw.kind];
@@ -287,14 +419,14 @@ void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, Oc
          first -= perPrimitive) {
         const ColouredVertex* primitive = &vertices[std::size_t(first)];
         Point corners[4];
-        iPlacement.place(primitive, perPrimitive, corners);
+        const int count = iPlacement.outline(iDraw.kind, primitive, corners);
         bool hidden;
         if (!fill)
             hidden = ioMask.hidesLine(corners[0], corners[1], slack);
         else if (primitive[0].isOpaque())
-            hidden = ioMask.hidesOrCovers(corners, perPrimitive, slack);
+            hidden = ioMask.hidesOrCovers(corners, count, slack);
         else
-            hidden = ioMask.hides(corners, perPrimitive, slack);
+            hidden = ioMask.hides(corners, count, slack);
         kept[std::size_t(first)] = !hidden;
     }
 }
@@ -338,6 +470,8 @@ public:
                 CullGlyphs(*draw, mPlacement, ioPart, mMask);
         }
     }
+
+    const Placement& placement() const { return mPlacement; }
 
 private:
     Placement mPlacement;
@@ -401,18 +535,45 @@ private:
     GLint mShadeModel = GL_SMOOTH;
 };
 
-/// A draw's kept glyphs, and how many primitives they are. iPlainFills: whether fills light
-/// whole pixels, so that opaque ones may be drawn as PlainFills.
-int DrawReady(const Draw& iDraw, const ReadyDraw& iReady, bool iPlainFills)
+/// Points drawn as squares of a side in pixels, whatever the host set for points.
+class PointSprites
 {
-    const GLenum mode = cModes[iDraw.kind];
-    if (iPlainFills && IsFill(iDraw.kind) && iReady.count > 0 && iReady.opaque) {
-        const PlainFills plain;
-        DrawColouredVertices(mode, iReady.vertices, iReady.count);
-    } else {
-        DrawColouredVertices(mode, iReady.vertices, iReady.count);
+public:
+    explicit PointSprites(GLfloat iSide)
+        : mSprites(glIsEnabled(GL_POINT_SPRITE))
+    {
+        glGetFloatv(GL_POINT_SIZE, &mSize);
+        glEnable(GL_POINT_SPRITE);
+        glPointSize(iSide);
     }
-    return iReady.count / VerticesPerPrimitive(mode);
+    ~PointSprites()
+    {
+        glPointSize(mSize);
+        if (!mSprites)
+            glDisable(GL_POINT_SPRITE);
+    }
+    PointSprites(const PointSprites&) = delete;
+    PointSprites& operator=(const PointSprites&) = delete;
+
+private:
+    GLboolean mSprites;
+    GLfloat mSize = 1.0f;
+};
+
+/// A run of a draw of iKind, and how many primitives it is. iPlainFills: whether fills light
+/// whole pixels, so that opaque ones may be drawn as PlainFills.
+int DrawRun(int iKind, const Run& iRun, bool iPlainFills)
+{
+    if (iRun.count <= 0)
+        return 0;
+    std::optional<PlainFills> plain;
+    if (iPlainFills && IsFill(iKind) && iRun.opaque)
+        plain.emplace();
+    std::optional<PointSprites> sprites;
+    if (iRun.mode == GL_POINTS)
+        sprites.emplace(iRun.pointSide);
+    DrawColouredVertices(iRun.mode, iRun.vertices, iRun.count);
+    return iRun.count / VerticesPerPrimitive(iRun.mode);
 }
 
 /// The work of a drawing's last steps on two threads. A second thread runs the steps from the
@@ -424,9 +585,11 @@ int DrawReady(const Draw& iDraw, const ReadyDraw& iReady, bool iPlainFills)
 class Steps
 {
 public:
-    Steps(const std::vector<std::function<void()>>& iSteps, std::size_t iFirstPart, Store& ioStore)
+    Steps(const std::vector<std::function<void()>>& iSteps, std::size_t iFirstPart, const Placement& iPlacement,
+        Store& ioStore)
         : mSteps(iSteps)
         , mFirstPart(iFirstPart)
+        , mPlacement(iPlacement)
         , mStore(ioStore)
         , mHeldFrom(iSteps.size())
         , mCulledFrom(ioStore.used)
@@ -484,7 +647,7 @@ public:
         Part& part = *mStore.parts[iPart];
         for (;;) {
             if (part.claim()) {
-                part.makeReady();
+                part.makeReady(mPlacement);
                 part.readiness = Part::cReady;
                 return part;
             }
@@ -543,7 +706,7 @@ private:
                 return; // the drawing has come this far: the parts before are its own
             int readiness = Part::cReady;
             try {
-                part.makeReady();
+                part.makeReady(mPlacement);
             } catch (...) {
                 readiness = Part::cUnready; // left to the drawing, where a failure can be reported
             }
@@ -560,6 +723,7 @@ private:
 
     const std::vector<std::function<void()>>& mSteps;
     std::size_t mFirstPart;
+    const Placement& mPlacement;
     Store& mStore;
     std::thread mWorker;
     std::mutex mMutex;
@@ -582,6 +746,14 @@ const std::vector<ColouredVertex>& GlyphArrays::operator[](int iKind) const
     const std::vector<ColouredVertex>* const kinds[cKinds]
         = { &keyFills, &keyOutlines, &tangentLines, &handleFills, &handleOutlines };
     return *kinds[iKind];
+}
+
+void KeyframeCorners(double iX, double iY, double iHalfX, double iHalfY, GlyphArrays::Shape iShape, double oCorners[4][2])
+{
+    const double square[4][2]
+        = { { iX - iHalfX, iY - iHalfY }, { iX - iHalfX, iY + iHalfY }, { iX + iHalfX, iY + iHalfY }, { iX + iHalfX, iY - iHalfY } };
+    const double diamond[4][2] = { { iX - iHalfX, iY }, { iX, iY - iHalfY }, { iX + iHalfX, iY }, { iX, iY + iHalfY } };
+    std::memcpy(oCorners, iShape == GlyphArrays::cDiamond ? diamond : square, sizeof square);
 }
 
 GlyphArrays::Mark GlyphArrays::mark()
@@ -641,7 +813,7 @@ void DeferredCurveDrawing::finish(const std::vector<std::function<void()>>& iLas
     tPart = nullptr;
 
     Culling culling(store.mask);
-    Steps steps(iLastSteps, firstStep, store);
+    Steps steps(iLastSteps, firstStep, culling.placement(), store);
     steps.cullAll(culling);
 
     glLineWidth(cLineWidth);
@@ -651,7 +823,10 @@ void DeferredCurveDrawing::finish(const std::vector<std::function<void()>>& iLas
         const Part& part = steps.ready(i);
         for (std::size_t d = 0; d < part.draws.size(); ++d) {
             const Draw& draw = part.draws[d];
-            sinceFlush += draw.kind == cStrip ? DrawKeptStrip(draw, part) : DrawReady(draw, part.ready[d], plainFills);
+            if (draw.kind == cStrip)
+                sinceFlush += DrawKeptStrip(draw, part);
+            for (std::size_t run = part.firstRuns[d]; run < part.firstRuns[d + 1]; ++run)
+                sinceFlush += DrawRun(draw.kind, part.runs[run], plainFills);
         }
         if (sinceFlush >= cPrimitivesPerFlush) {
             glFlush();
@@ -694,11 +869,24 @@ void DeferredCurveDrawing::glyphs(const GlyphArrays::Mark& iFrom)
         return;
     }
     glLineWidth(cLineWidth);
+    GlyphArrays& arrays = ImmediateArrays();
+    Placement placement;
+    placement.read();
+    const bool plainFills = !SmoothsPolygons();
+    thread_local std::vector<char> kept;
+    thread_local std::vector<ColouredVertex> copies;
+    thread_local std::vector<Run> runs;
+    copies.clear();
+    copies.reserve(RoomForRuns(arrays));
     for (int kind = 0; kind < GlyphArrays::cKinds; ++kind) {
-        std::vector<ColouredVertex>& vertices = ImmediateArrays()[kind];
-        const std::size_t first = std::min(iFrom.sizes[kind], vertices.size());
-        DrawColouredVertices(cModes[kind], vertices.data() + first, int(vertices.size() - first));
-        vertices.resize(first);
+        std::vector<ColouredVertex>& entries = arrays[kind];
+        const std::size_t first = std::min(iFrom.sizes[kind], entries.size());
+        kept.assign(entries.size() - first, 1);
+        runs.clear();
+        AppendRuns(kind, entries.data() + first, kept.data(), int(kept.size()), placement, copies, runs);
+        for (const Run& run : runs)
+            DrawRun(kind, run, plainFills);
+        entries.resize(first);
     }
 }
 

@@ -19,6 +19,12 @@ struct GlyphArrays
 {
     enum Kind { cKeyFills, cKeyOutlines, cTangentLines, cHandleFills, cHandleOutlines, cKinds };
 
+    /// A filled keyframe is two entries rather than its corners: its centre, with the colour,
+    /// then its half width and height, with the shape in `a`. A square upright on screen can
+    /// then go to GL as one point, which a software rasteriser takes at a quarter of the cost.
+    enum Shape : GLubyte { cSquare, cDiamond };
+    static constexpr int cKeyFillEntries = 2;
+
     std::vector<ColouredVertex> keyFills, keyOutlines, tangentLines, handleFills, handleOutlines;
 
     std::vector<ColouredVertex>& operator[](int iKind);
@@ -30,6 +36,10 @@ struct GlyphArrays
     };
     Mark mark();
 };
+
+/// The corners of a keyframe's glyph about (iX, iY): a square, or a diamond for a breakdown,
+/// whose half diagonals are then iHalfX and iHalfY.
+void KeyframeCorners(double iX, double iY, double iHalfX, double iHalfY, GlyphArrays::Shape iShape, double oCorners[4][2]);
 
 /// While one is open on a thread, the curve glyph routines called there (or in its steps, see
 /// below) hold back what they draw, and finish() draws it all in the order it came, leaving

@@ -11,7 +11,7 @@ namespace v22 {
 
 namespace {
 
-// A multiple of 2, 3 and 4, so that a draw always ends on a whole primitive.
+// A multiple of 1, 2, 3 and 4, so that a draw always ends on a whole primitive.
 constexpr int cVerticesPerDraw = 480;
 
 /// Client arrays for the life of a scope, read from client memory whatever buffer was bound.
@@ -41,6 +41,8 @@ int VerticesPerPrimitive(GLenum iMode)
         return 3;
     case GL_QUADS:
         return 4;
+    case GL_POINTS:
+        return 1;
     default:
         return 2;
     }

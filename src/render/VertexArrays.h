@@ -33,7 +33,7 @@ struct PlainVertex
 // costs more than the primitive; a few hundred vertices a draw sits between. They leave the
 // client array state as they found it.
 
-/// Independent primitives of iMode (GL_LINES, GL_TRIANGLES or GL_QUADS), each vertex coloured.
+/// Independent primitives of iMode (GL_POINTS, GL_LINES, GL_TRIANGLES or GL_QUADS), each vertex coloured.
 void DrawColouredVertices(GLenum iMode, const ColouredVertex* iVertices, int iCount);
 inline void DrawColouredVertices(GLenum iMode, const std::vector<ColouredVertex>& iVertices)
 {
@@ -47,7 +47,7 @@ inline void DrawLineStrip(const std::vector<PlainVertex>& iPoints)
     DrawLineStrip(iPoints.data(), int(iPoints.size()));
 }
 
-/// The vertices of one primitive of iMode: 2 for lines, 3 for triangles, 4 for quads.
+/// The vertices of one primitive of iMode: 1 for points, 2 for lines, 3 for triangles, 4 for quads.
 int VerticesPerPrimitive(GLenum iMode);
 
 } // namespace v22

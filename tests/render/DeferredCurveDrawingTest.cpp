@@ -145,10 +145,12 @@ protected:
         return mGL->image();
     }
 
+    QImage image() const { return mGL->image(); }
+
     /// Whether nothing has been drawn since prepare().
     bool blank() const
     {
-        const QImage image = mGL->image();
+        const QImage image = this->image();
         for (int y = 0; y < image.height(); ++y)
             for (int x = 0; x < image.width(); ++x)
                 if (image.pixel(x, y) != image.pixel(0, 0))
@@ -265,6 +267,45 @@ TEST_F(CurveCanvas, a_step_that_throws_ends_the_drawing_with_nothing_drawn_and_t
 
     DeferredCurveDrawing().finish({ draws, draws });
     EXPECT_FALSE(blank());
+}
+
+// A filled square goes to GL as a point where it can: not where its centre lies outside the
+// view, as GL drops such a point whole. Either way, and for a breakdown's diamond, a key lights
+// the pixels whose centres lie inside its glyph, and leaves GL's point state as it was.
+TEST_F(CurveCanvas, a_filled_key_lights_the_pixel_centres_inside_its_glyph_even_half_out_of_view)
+{
+    constexpr double cPixel = 0.1, cHalf = 2.2, cEdgeTolerance = 1.0 / 64.0;
+    mViewport.setWorldBounds(Rect(0.0, 0.0, cWidth * cPixel, cHeight * cPixel));
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> across(-cHalf, cHalf), inside(0.0, cHeight);
+    for (int trial = 0; trial < 160; ++trial) {
+        const bool breakdown = trial % 5 == 0;
+        // Most keys straddle an edge of the view, on either axis; the rest lie within it.
+        V centre(inside(random) * cWidth / cHeight, inside(random));
+        if (trial % 4 == 1)
+            centre.x = (trial % 8 == 1 ? 0.0 : cWidth) + across(random);
+        else if (trial % 4 == 2)
+            centre.y = (trial % 8 == 2 ? 0.0 : cHeight) + across(random);
+        prepare();
+        DrawKeyframeGlyph(centre * cPixel, Qt::red, V(cPixel, cPixel), true, breakdown);
+        const QImage drawn = image();
+
+        int wrong = 0;
+        for (int row = 0; row < cHeight; ++row)
+            for (int column = 0; column < cWidth; ++column) {
+                const double dx = std::abs(column + 0.5 - centre.x), dy = std::abs(row + 0.5 - centre.y);
+                const double reach = breakdown ? (dx + dy) / 1.414 : std::max(dx, dy);
+                if (std::abs(reach - cHalf) < cEdgeTolerance)
+                    continue; // on the edge, where GL's rounding decides
+                const bool lit = drawn.pixelColor(column, cHeight - 1 - row) == QColor(Qt::red);
+                wrong += lit != (reach < cHalf);
+            }
+        EXPECT_EQ(wrong, 0) << "key at " << centre.x << ", " << centre.y << (breakdown ? ", a diamond" : "");
+    }
+    EXPECT_FALSE(glIsEnabled(GL_POINT_SPRITE));
+    GLfloat pointSize = 0.0f;
+    glGetFloatv(GL_POINT_SIZE, &pointSize);
+    EXPECT_EQ(pointSize, 1.0f);
 }
 
 // --- The mask ---------------------------------------------------------------------------------
