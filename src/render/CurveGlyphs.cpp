@@ -93,10 +93,8 @@ public:
             mArrays->keyFills.insert(mArrays->keyFills.end(), std::begin(entries), std::end(entries));
             return;
         }
-        double xy[4][2];
-        KeyframeCorners(iPosition.x, iPosition.y, hx, hy, shape, xy);
-        const Vector corners[4] = { { xy[0][0], xy[0][1] }, { xy[1][0], xy[1][1] }, { xy[2][0], xy[2][1] },
-            { xy[3][0], xy[3][1] } };
+        Vector corners[4];
+        KeyframeCorners(iPosition, { hx, hy }, shape, corners);
         outline(corners, 4, Rgba(iColour, cOpaque), mArrays->keyOutlines);
     }
 

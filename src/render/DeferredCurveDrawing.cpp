@@ -70,12 +70,13 @@ constexpr double cSameSide = 1.0 / 1024.0;
 /// A filled keyframe's corners as GL takes them, each with its colour.
 void KeyFillCorners(const ColouredVertex* iEntries, ColouredVertex oCorners[4])
 {
-    double xy[4][2];
-    KeyframeCorners(iEntries[0].x, iEntries[0].y, iEntries[1].x, iEntries[1].y, GlyphArrays::Shape(iEntries[1].a), xy);
+    Point corners[4];
+    KeyframeCorners({ iEntries[0].x, iEntries[0].y }, { iEntries[1].x, iEntries[1].y },
+        GlyphArrays::Shape(iEntries[1].a), corners);
     for (int i = 0; i < 4; ++i) {
         oCorners[i] = iEntries[0];
-        oCorners[i].x = GLfloat(xy[i][0]);
-        oCorners[i].y = GLfloat(xy[i][1]);
+        oCorners[i].x = GLfloat(corners[i].x);
+        oCorners[i].y = GLfloat(corners[i].y);
     }
 }
 
@@ -748,12 +749,21 @@ const std::vector<ColouredVertex>& GlyphArrays::operator[](int iKind) const
     return *kinds[iKind];
 }
 
-void KeyframeCorners(double iX, double iY, double iHalfX, double iHalfY, GlyphArrays::Shape iShape, double oCorners[4][2])
+void KeyframeCorners(const SplinorLib::v19::Vector2D<double>& iCentre, const SplinorLib::v19::Vector2D<double>& iHalf,
+    GlyphArrays::Shape iShape, SplinorLib::v19::Vector2D<double> oCorners[4])
 {
-    const double square[4][2]
-        = { { iX - iHalfX, iY - iHalfY }, { iX - iHalfX, iY + iHalfY }, { iX + iHalfX, iY + iHalfY }, { iX + iHalfX, iY - iHalfY } };
-    const double diamond[4][2] = { { iX - iHalfX, iY }, { iX, iY - iHalfY }, { iX + iHalfX, iY }, { iX, iY + iHalfY } };
-    std::memcpy(oCorners, iShape == GlyphArrays::cDiamond ? diamond : square, sizeof square);
+    const double x = iCentre.x, y = iCentre.y, hx = iHalf.x, hy = iHalf.y;
+    if (iShape == GlyphArrays::cDiamond) {
+        oCorners[0] = { x - hx, y };
+        oCorners[1] = { x, y - hy };
+        oCorners[2] = { x + hx, y };
+        oCorners[3] = { x, y + hy };
+    } else {
+        oCorners[0] = { x - hx, y - hy };
+        oCorners[1] = { x - hx, y + hy };
+        oCorners[2] = { x + hx, y + hy };
+        oCorners[3] = { x + hx, y - hy };
+    }
 }
 
 GlyphArrays::Mark GlyphArrays::mark()

@@ -2,6 +2,8 @@
 
 #include "render/VertexArrays.h"
 
+#include "splinorlib/Vector2D.h"
+
 #include <functional>
 #include <thread>
 #include <vector>
@@ -21,7 +23,7 @@ struct GlyphArrays
 
     /// A filled keyframe is two entries rather than its corners: its centre, with the colour,
     /// then its half width and height, with the shape in `a`. A square upright on screen can
-    /// then go to GL as one point, which a software rasteriser takes at a quarter of the cost.
+    /// then go to GL as one point instead of four corners.
     enum Shape : GLubyte { cSquare, cDiamond };
     static constexpr int cKeyFillEntries = 2;
 
@@ -37,9 +39,10 @@ struct GlyphArrays
     Mark mark();
 };
 
-/// The corners of a keyframe's glyph about (iX, iY): a square, or a diamond for a breakdown,
-/// whose half diagonals are then iHalfX and iHalfY.
-void KeyframeCorners(double iX, double iY, double iHalfX, double iHalfY, GlyphArrays::Shape iShape, double oCorners[4][2]);
+/// The corners of a keyframe's glyph about iCentre: a square, or a diamond for a breakdown,
+/// whose half diagonals are then those of iHalf.
+void KeyframeCorners(const SplinorLib::v19::Vector2D<double>& iCentre, const SplinorLib::v19::Vector2D<double>& iHalf,
+    GlyphArrays::Shape iShape, SplinorLib::v19::Vector2D<double> oCorners[4]);
 
 /// While one is open on a thread, the curve glyph routines called there (or in its steps, see
 /// below) hold back what they draw, and finish() draws it all in the order it came, leaving
