@@ -3,6 +3,7 @@
 #include "render/OcclusionMask.h"
 
 #include <QColor>
+#include <QOpenGLContext>
 
 #include <algorithm>
 #include <atomic>
@@ -178,20 +179,22 @@ public:
     }
 
     /// The side in pixels of a filled keyframe's square, if GL may draw it as one point of that
-    /// size: upright on screen, of a size points take, and centred surely inside the viewport, as
-    /// GL drops a point whose centre is outside. 0 if it is to be drawn as a polygon.
+    /// size: upright on screen, of a size points take, and surely inside the viewport. GL drops
+    /// a point whose centre is outside, and may light pixels beyond the viewport for one whose
+    /// square reaches past it. 0 if it is to be drawn as a polygon.
     double pointSide(const ColouredVertex* iEntries) const
     {
         if (!mPoints || iEntries[1].a != GlyphArrays::cSquare)
             return 0.0;
         const double side = 2.0 * std::abs(mXx * iEntries[1].x);
         if (!(side >= mSmallestPoint && side <= mLargestPoint)
-            || !(std::abs(side - 2.0 * std::abs(mYy * iEntries[1].y)) <= cSameSide))
+            || !(std::abs(side - 2.0 * std::abs(mYy * iEntries[1].y)) <= cSameSide)
+            || !(std::abs(side - std::round(side / mPointGranularity) * mPointGranularity) <= cSameSide))
             return 0.0;
         const Point centre = (*this)(&iEntries[0].x);
-        const double margin = slack(std::abs(iEntries[0].x), std::abs(iEntries[0].y));
-        const bool inside = centre.x >= margin && centre.x <= width - margin && centre.y >= margin
-            && centre.y <= height - margin;
+        const double reach = 0.5 * side + slack(std::abs(iEntries[0].x), std::abs(iEntries[0].y));
+        const bool inside = centre.x >= reach && centre.x <= width - reach && centre.y >= reach
+            && centre.y <= height - reach;
         return inside ? side : 0.0;
     }
 
@@ -225,27 +228,38 @@ public:
 
 private:
     /// The sizes GL draws a point at as asked, in pixels. A point's square is clamped to the
-    /// implementation's ranges and its own limits, and scaled unless attenuation is off.
+    /// implementation's ranges and its own limits, rounded to the sizes GL supports, scaled
+    /// unless attenuation is off, and when multisampled, faded below a threshold. Sprites came
+    /// with GL 2.0; before, points were squares of whole pixels.
     void readPointSizes()
     {
+        mSmallestPoint = 1.0;
+        mLargestPoint = 0.0;
+        const QOpenGLContext* context = QOpenGLContext::currentContext();
+        if (!context
+            || (context->format().version() < qMakePair(2, 0) && !context->hasExtension("GL_ARB_point_sprite")))
+            return;
         GLfloat range[2] = { 1.0f, 0.0f }, aliased[2] = { 1.0f, 0.0f }, least = 0.0f, most = 0.0f;
-        GLfloat attenuation[3] = { 0.0f, 0.0f, 0.0f };
+        GLfloat granularity = 0.0f, fade = 0.0f, attenuation[3] = { 0.0f, 0.0f, 0.0f };
         glGetFloatv(GL_POINT_SIZE_RANGE, range);
         glGetFloatv(GL_ALIASED_POINT_SIZE_RANGE, aliased);
         glGetFloatv(GL_POINT_SIZE_MIN, &least);
         glGetFloatv(GL_POINT_SIZE_MAX, &most);
+        glGetFloatv(GL_POINT_SIZE_GRANULARITY, &granularity);
+        glGetFloatv(GL_POINT_FADE_THRESHOLD_SIZE, &fade);
         glGetFloatv(GL_POINT_DISTANCE_ATTENUATION, attenuation);
+        if (attenuation[0] != 1.0f || attenuation[1] != 0.0f || attenuation[2] != 0.0f || !(granularity > 0.0f))
+            return;
         // Below a pixel, rasterisers widen points to one.
-        mSmallestPoint = std::max({ 1.0, double(range[0]), double(aliased[0]), double(least) });
+        mSmallestPoint = std::max({ 1.0, double(range[0]), double(aliased[0]), double(least), double(fade) });
         mLargestPoint = std::min({ double(range[1]), double(aliased[1]), double(most) });
-        if (attenuation[0] != 1.0f || attenuation[1] != 0.0f || attenuation[2] != 0.0f)
-            mLargestPoint = 0.0;
+        mPointGranularity = granularity;
     }
 
     double mXx = 0, mXy = 0, mX0 = 0, mYx = 0, mYy = 0, mY0 = 0, mTranslationX = 0, mTranslationY = 0;
     /// Whether filled squares may be drawn as points, and of what sizes.
     bool mPoints = false;
-    double mSmallestPoint = 1.0, mLargestPoint = 0.0;
+    double mSmallestPoint = 1.0, mLargestPoint = 0.0, mPointGranularity = 1.0;
 };
 
 /// Whether every vertex is opaque.

@@ -146,6 +146,7 @@ protected:
     }
 
     QImage image() const { return mGL->image(); }
+    QOpenGLContext& context() { return mGL->context(); }
 
     /// Whether nothing has been drawn since prepare().
     bool blank() const
@@ -269,43 +270,71 @@ TEST_F(CurveCanvas, a_step_that_throws_ends_the_drawing_with_nothing_drawn_and_t
     EXPECT_FALSE(blank());
 }
 
-// A filled square goes to GL as a point where it can: not where its centre lies outside the
-// view, as GL drops such a point whole. Either way, and for a breakdown's diamond, a key lights
-// the pixels whose centres lie inside its glyph, and leaves GL's point state as it was.
-TEST_F(CurveCanvas, a_filled_key_lights_the_pixel_centres_inside_its_glyph_even_half_out_of_view)
+// A filled square goes to GL as one point where it can, and as its corners where the point
+// would reach past the viewport: GL drops a point whose centre is outside, and may light pixels
+// beyond the viewport around one inside. Either way, and for a breakdown's diamond, a key lights
+// the pixels whose centres lie inside both its glyph and the viewport, and leaves GL's point
+// state as it found it.
+TEST_F(CurveCanvas, a_filled_key_lights_the_pixel_centres_inside_its_glyph_and_the_view_wherever_it_lies)
 {
     constexpr double cPixel = 0.1, cHalf = 2.2, cEdgeTolerance = 1.0 / 64.0;
-    mViewport.setWorldBounds(Rect(0.0, 0.0, cWidth * cPixel, cHeight * cPixel));
+    constexpr int cInset = 12, cViewWidth = cWidth - 2 * cInset, cViewHeight = cHeight - 2 * cInset;
+    mViewport.setWorldBounds(Rect(0.0, 0.0, cViewWidth * cPixel, cViewHeight * cPixel));
+    glPointSize(3.0f);
+    const auto drawKey = [&](const V& iCentre, bool iBreakdown) {
+        prepare();
+        glViewport(cInset, cInset, cViewWidth, cViewHeight); // a host's view within a larger framebuffer
+        DrawKeyframeGlyph(iCentre * cPixel, Qt::red, V(cPixel, cPixel), true, iBreakdown);
+    };
+
     std::mt19937 random(7);
-    std::uniform_real_distribution<double> across(-cHalf, cHalf), inside(0.0, cHeight);
+    std::uniform_real_distribution<double> across(-cHalf - 0.5, cHalf + 0.5), inside(0.0, cViewHeight);
     for (int trial = 0; trial < 160; ++trial) {
         const bool breakdown = trial % 5 == 0;
         // Most keys straddle an edge of the view, on either axis; the rest lie within it.
-        V centre(inside(random) * cWidth / cHeight, inside(random));
+        V centre(inside(random) * cViewWidth / cViewHeight, inside(random));
         if (trial % 4 == 1)
-            centre.x = (trial % 8 == 1 ? 0.0 : cWidth) + across(random);
+            centre.x = (trial % 8 == 1 ? 0.0 : cViewWidth) + across(random);
         else if (trial % 4 == 2)
-            centre.y = (trial % 8 == 2 ? 0.0 : cHeight) + across(random);
-        prepare();
-        DrawKeyframeGlyph(centre * cPixel, Qt::red, V(cPixel, cPixel), true, breakdown);
+            centre.y = (trial % 8 == 2 ? 0.0 : cViewHeight) + across(random);
+        drawKey(centre, breakdown);
         const QImage drawn = image();
 
         int wrong = 0;
         for (int row = 0; row < cHeight; ++row)
             for (int column = 0; column < cWidth; ++column) {
-                const double dx = std::abs(column + 0.5 - centre.x), dy = std::abs(row + 0.5 - centre.y);
+                const double x = column - cInset + 0.5, y = row - cInset + 0.5;
+                const double dx = std::abs(x - centre.x), dy = std::abs(y - centre.y);
                 const double reach = breakdown ? (dx + dy) / 1.414 : std::max(dx, dy);
                 if (std::abs(reach - cHalf) < cEdgeTolerance)
                     continue; // on the edge, where GL's rounding decides
+                const bool inView = x > 0.0 && x < cViewWidth && y > 0.0 && y < cViewHeight;
                 const bool lit = drawn.pixelColor(column, cHeight - 1 - row) == QColor(Qt::red);
-                wrong += lit != (reach < cHalf);
+                wrong += lit != (inView && reach < cHalf);
             }
         EXPECT_EQ(wrong, 0) << "key at " << centre.x << ", " << centre.y << (breakdown ? ", a diamond" : "");
     }
     EXPECT_FALSE(glIsEnabled(GL_POINT_SPRITE));
     GLfloat pointSize = 0.0f;
     glGetFloatv(GL_POINT_SIZE, &pointSize);
-    EXPECT_EQ(pointSize, 1.0f);
+    EXPECT_EQ(pointSize, 3.0f);
+
+    // What reaches GL, where it can count it: one vertex for a key well inside, four at an edge.
+    if (!context().hasExtension("GL_ARB_pipeline_statistics_query"))
+        return;
+    QOpenGLExtraFunctions& gl = *context().extraFunctions();
+    const auto verticesOf = [&](const V& iCentre) {
+        GLuint query = 0, vertices = 0;
+        gl.glGenQueries(1, &query);
+        gl.glBeginQuery(GL_VERTICES_SUBMITTED_ARB, query);
+        drawKey(iCentre, false);
+        gl.glEndQuery(GL_VERTICES_SUBMITTED_ARB);
+        gl.glGetQueryObjectuiv(query, GL_QUERY_RESULT, &vertices);
+        gl.glDeleteQueries(1, &query);
+        return vertices;
+    };
+    EXPECT_EQ(verticesOf(V(40.0, 30.0)), 1u);
+    EXPECT_EQ(verticesOf(V(1.0, 30.0)), 4u);
 }
 
 // --- The mask ---------------------------------------------------------------------------------
