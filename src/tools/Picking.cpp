@@ -90,6 +90,19 @@ const std::vector<Point>& SampleInWindow(const Segment& iSegment, const Viewport
     return points;
 }
 
+/// Asks the processor to start loading an object's memory, for work that reads it soon.
+template <class T> void Prefetch(const T& iObject)
+{
+#if defined(__GNUC__)
+    constexpr std::size_t cCacheLine = 64;
+    const char* bytes = reinterpret_cast<const char*>(&iObject);
+    for (std::size_t offset = 0; offset < sizeof(T); offset += cCacheLine)
+        __builtin_prefetch(bytes + offset);
+#else
+    (void)iObject;
+#endif
+}
+
 bool UsesTangents(const Segment& iSegment)
 {
     const std::shared_ptr<Interpolator>& interpolator = iSegment.getInterpolator();
@@ -188,12 +201,6 @@ void PickKeyOrSegmentAtPoint(Splinor& iCurve, const Viewport& iViewport, const P
     PickSegmentKeys(*segment, iViewport, iPoint, ioHit);
     if (ioHit.isEmpty() && IsSegmentAtPoint(*segment, iViewport, iPoint))
         ioHit.reset(segment->getShared());
-}
-
-bool IsCurveAtPoint(Splinor& iCurve, const Viewport& iViewport, const Point& iPoint)
-{
-    const Segment* segment = SegmentUnderPoint(iCurve, iViewport, iPoint);
-    return segment && IsSegmentAtPoint(*segment, iViewport, iPoint);
 }
 
 // The true end of the tangent counts here, neither the fixed on-screen length nor the handle.
@@ -303,11 +310,27 @@ bool PickPoint(const SplinorContainer& iContainer, Selection& iSelection, const 
             return true;
     }
 
-    for (const std::shared_ptr<Splinor>& curve : iContainer) {
-        if (IsVisible(*curve) && !iSelection.isSelected(*curve) && IsCurveAtPoint(*curve, iViewport, iPoint)) {
-            ioHit.reset(curve->getShared());
-            return true;
+    // The segments under the point are looked up for a few curves at a time, and their memory
+    // is asked for before any is sampled: over many long curves each lookup misses the cache,
+    // and the misses then overlap instead of coming one after another.
+    constexpr int cCurvesAtATime = 16;
+    Splinor* curves[cCurvesAtATime];
+    const Segment* segments[cCurvesAtATime];
+    for (auto it = iContainer.begin(); it != iContainer.end();) {
+        int count = 0;
+        for (; it != iContainer.end() && count < cCurvesAtATime; ++it)
+            if (IsVisible(**it) && !iSelection.isSelected(**it))
+                curves[count++] = it->get();
+        for (int i = 0; i < count; ++i) {
+            segments[i] = SegmentUnderPoint(*curves[i], iViewport, iPoint);
+            if (segments[i])
+                Prefetch(*segments[i]);
         }
+        for (int i = 0; i < count; ++i)
+            if (segments[i] && IsSegmentAtPoint(*segments[i], iViewport, iPoint)) {
+                ioHit.reset(curves[i]->getShared());
+                return true;
+            }
     }
     return false;
 }

@@ -107,6 +107,15 @@ TEST(PickPoint, selected_curves_come_first_and_only_the_keys_of_the_segment_unde
     std::shared_ptr<Splinor> first = scene.addCurve({ { 10, 0 }, { 30, 0 } });
     std::shared_ptr<Splinor> second = scene.addCurve({ { 10, 0 }, { 30, 0 } });
     EXPECT_EQ(scene.pick({ 200, 150 }), HitRecord(first)) << "the container order decides";
+    // Among many curves, the first visible one under the point wins, however far down it lies.
+    Scene many;
+    std::vector<std::shared_ptr<Splinor>> curves;
+    for (int i = 0; i < 40; ++i) {
+        const double y = i >= 18 && i % 3 == 0 ? 0.0 : 2.0;
+        curves.push_back(many.addCurve({ { 10, y }, { 30, y } }));
+    }
+    SetVisible(*curves[18], false);
+    EXPECT_EQ(many.pick({ 200, 150 }), HitRecord(curves[21]));
     scene.selection->select(*second);
     EXPECT_EQ(scene.pick({ 200, 150 }), HitRecord(SegmentAt(*second, 20).getShared()));
     scene.selection->select(*first);
