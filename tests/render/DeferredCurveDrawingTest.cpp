@@ -212,6 +212,33 @@ TEST_F(CurveCanvas, deferred_drawing_leaves_out_most_primitives_of_a_dense_view_
     }
 }
 
+// Keys two pixels apart across the view, each square four wide: every other one covers those
+// between, whichever is drawn first, as long as they are of one colour, and all of them cover the
+// line. A locked key, in another colour, shows between its neighbours and must stay so.
+TEST_F(CurveCanvas, fills_of_one_colour_leave_out_those_their_neighbours_on_both_sides_cover)
+{
+    mCurves = SplinorContainer::create();
+    mSelection = std::make_shared<Selection>(mCurves);
+    auto curve = Splinor::create();
+    constexpr int cKeys = cWidth / 2 + 1;
+    for (int i = 0; i < cKeys; ++i)
+        curve->insertSegment(Keyframe(2.0 * i, 80.0), Linear::create());
+    mCurves->addCurve(curve);
+    SelectCurveCompletely(*mSelection, *curve);
+    mViewport.setWorldBounds(Rect(0.0, 0.0, cWidth, cHeight));
+    mHover = HitRecord();
+
+    const QImage immediate = draw(cImmediate);
+    EXPECT_EQ(Differences(immediate, draw(cDeferred)), 0);
+    // Beside every other key, the curve's ends keep a few lines and a handle.
+    EXPECT_LE(mPrimitives, GLuint(cKeys + 1) / 2 + 4);
+
+    SetLocked(*std::next(curve->begin(), 61)->getLeftKey(), true);
+    const QImage locked = draw(cImmediate);
+    ASSERT_GT(Differences(immediate, locked), 0);
+    EXPECT_EQ(Differences(locked, draw(cDeferred)), 0);
+}
+
 // Multisampled, an opaque glyph's edge pixels are only partly covered, and do not hide.
 TEST_F(CurveCanvas, deferred_drawing_leaves_multisampled_pixels_as_they_are)
 {
