@@ -51,27 +51,6 @@ void Viewport::setWorldLimits(float iX, float iY, float iWidth, float iHeight)
     setWorldLimits(Rectangle(iX, iY, iWidth, iHeight));
 }
 
-Viewport::Vector Viewport::windowToWorld(const Vector& iWindow) const
-{
-    const Rectangle& win = mWindowBounds;
-    const Rectangle& world = mWorldBounds;
-    return {(iWindow.x - win.x) * world.width / win.width + world.x,
-            (win.height + win.y - iWindow.y) * world.height / win.height + world.y};
-}
-
-Viewport::Vector Viewport::worldToWindow(const Vector& iWorld) const
-{
-    const Rectangle& win = mWindowBounds;
-    const Rectangle& world = mWorldBounds;
-    return {(iWorld.x - world.x) * win.width / world.width + win.x,
-            (world.height + world.y - iWorld.y) * win.height / world.height + win.y};
-}
-
-Viewport::Vector Viewport::pixelSize() const
-{
-    return {mWorldBounds.width / mWindowBounds.width, mWorldBounds.height / mWindowBounds.height};
-}
-
 void Viewport::notifyViewportChanged()
 {
     mObservers.notify(&ViewportObserver::viewportChanged, *this);

@@ -51,10 +51,26 @@ public:
 
     // The conversions keep the order of operations of their formulas (multiply, then divide),
     // so that every caller gets the same bits for the same point.
-    Vector windowToWorld(const Vector& iWindow) const;
-    Vector worldToWindow(const Vector& iWorld) const;
+    // They are inline: glyphs and picking convert hundreds of thousands of points a paint.
+    Vector windowToWorld(const Vector& iWindow) const
+    {
+        const Rectangle& win = mWindowBounds;
+        const Rectangle& world = mWorldBounds;
+        return { (iWindow.x - win.x) * world.width / win.width + world.x,
+            (win.height + win.y - iWindow.y) * world.height / win.height + world.y };
+    }
+    Vector worldToWindow(const Vector& iWorld) const
+    {
+        const Rectangle& win = mWindowBounds;
+        const Rectangle& world = mWorldBounds;
+        return { (iWorld.x - world.x) * win.width / world.width + win.x,
+            (world.height + world.y - iWorld.y) * win.height / world.height + win.y };
+    }
     /// World units per pixel on each axis.
-    Vector pixelSize() const;
+    Vector pixelSize() const
+    {
+        return { mWorldBounds.width / mWindowBounds.width, mWorldBounds.height / mWindowBounds.height };
+    }
 
 private:
     void store(Rectangle& ioField, const Rectangle& iValue);
