@@ -16,6 +16,7 @@
 #include "render/FocusLayer.h"
 #include "render/GLDrawing.h"
 #include "render/GLException.h"
+#include "render/GLPlacement.h"
 #include "render/GLSentries.h"
 #include "render/VertexArrays.h"
 #include "render/GraphViewColors.h"

@@ -1,16 +1,14 @@
 #include "render/DeferredCurveDrawing.h"
 
+#include "render/GLPlacement.h"
 #include "render/OcclusionMask.h"
 
 #include <QColor>
-#include <QOpenGLContext>
 
 #include <algorithm>
 #include <atomic>
-#include <cfloat>
 #include <cmath>
 #include <condition_variable>
-#include <cstring>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -24,7 +22,7 @@ namespace v22 {
 
 namespace {
 
-using Point = OcclusionMask::Point;
+using Point = GLPlacement::Point;
 
 constexpr float cLineWidth = 1.0f;
 /// A software rasteriser starts on what it is given only when it is flushed, or when its store
@@ -34,39 +32,11 @@ constexpr float cLineWidth = 1.0f;
 /// last is sent: 3000 paints the dense selected view a few ms sooner than 8192 did.
 constexpr int cPrimitivesPerFlush = 3000;
 
-/// How far the rasteriser may put a vertex from where the mask does, in pixels: its sub-pixel
-/// grid is 1/256, and a polygon edge measured to light pixels up to 0.002 beyond it.
-constexpr double cRasterSlack = 1.0 / 32.0;
-/// GL places vertices with float arithmetic; errors of this many units in the last place of the
-/// largest term are allowed for, which covers the products of the matrices as well.
-constexpr double cFloatUlps = 8.0;
-/// Where polygons are smoothed or multisampled, an edge lights any pixel it passes through, and
-/// only a pixel wholly inside is opaque: half a pixel's diagonal on top of the slack.
-constexpr double cPartialPixel = 0.7072;
-/// Smoothed lines as rasterisers other than llvmpipe may draw them, a little wider.
-constexpr double cWiderLines = 0.5;
-
-/// Whether the rasteriser is Mesa's llvmpipe, which ignores polygon smoothing and whose smoothed
-/// lines were measured: the look of the others is not known here.
-bool IsKnownRasteriser()
-{
-    const char* renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
-    return renderer && std::strstr(renderer, "llvmpipe");
-}
-
-/// Whether polygons may light their edge pixels in part, blending them with what lies below.
-bool SmoothsPolygons()
-{
-    return glIsEnabled(GL_POLYGON_SMOOTH) && !IsKnownRasteriser();
-}
-
-/// How GL draws each kind; a filled keyframe goes as a quad or as a point, see Placement::pointSide.
+/// How GL draws each kind; a filled keyframe goes as a quad or as a point, see GLPlacement::pointSide.
 constexpr GLenum cModes[GlyphArrays::cKinds] = { GL_QUADS, GL_LINES, GL_LINES, GL_TRIANGLES, GL_LINES };
 /// How many entries of a kind's array make one of its primitives.
 constexpr int cEntries[GlyphArrays::cKinds] = { GlyphArrays::cKeyFillEntries, 2, 2, 3, 2 };
 constexpr int cStrip = GlyphArrays::cKinds;
-/// How near a square's width and height on screen must be, in pixels, for it to go as a point.
-constexpr double cSameSide = 1.0 / 1024.0;
 
 /// A filled keyframe's corners as GL takes them, each with its colour.
 void KeyFillCorners(const ColouredVertex* iEntries, ColouredVertex oCorners[4])
@@ -98,169 +68,27 @@ struct Run
     GLfloat pointSide; // of points, in pixels
 };
 
-/// Where GL puts a vertex of the current matrices, in pixels from the viewport's corner.
-class Placement
+/// The outline in pixels of a primitive of iKind as GL will draw it, and how many corners it has.
+int Outline(const GLPlacement& iPlacement, int iKind, const ColouredVertex* iEntries, Point oCorners[4])
 {
-public:
-    /// False unless the transform is a flat orthographic one onto a viewport of some size.
-    bool read()
-    {
-        GLdouble modelview[16], projection[16];
-        GLint viewport[4];
-        glGetDoublev(GL_MODELVIEW_MATRIX, modelview);
-        glGetDoublev(GL_PROJECTION_MATRIX, projection);
-        glGetIntegerv(GL_VIEWPORT, viewport);
-        GLdouble t[16];
-        for (int column = 0; column < 4; ++column)
-            for (int row = 0; row < 4; ++row) {
-                t[column * 4 + row] = 0.0;
-                for (int k = 0; k < 4; ++k)
-                    t[column * 4 + row] += projection[k * 4 + row] * modelview[column * 4 + k];
-            }
-        width = viewport[2];
-        height = viewport[3];
-        if (t[3] != 0.0 || t[7] != 0.0 || t[15] != 1.0 || width <= 0 || height <= 0)
-            return false;
-        const double halfWidth = 0.5 * width, halfHeight = 0.5 * height;
-        mXx = t[0] * halfWidth;
-        mXy = t[4] * halfWidth;
-        mX0 = (t[12] + 1.0) * halfWidth;
-        mYx = t[1] * halfHeight;
-        mYy = t[5] * halfHeight;
-        mY0 = (t[13] + 1.0) * halfHeight;
-        mTranslationX = std::abs(t[12]) * halfWidth;
-        mTranslationY = std::abs(t[13]) * halfHeight;
-        const bool known = IsKnownRasteriser();
-        GLint sampleBuffers = 0;
-        glGetIntegerv(GL_SAMPLE_BUFFERS, &sampleBuffers);
-        const bool multisampled = sampleBuffers > 0 && glIsEnabled(GL_MULTISAMPLE);
-        const bool smoothed = SmoothsPolygons();
-        fillMargin = multisampled || smoothed ? cPartialPixel : 0.0;
-        lineMargin = (multisampled ? cPartialPixel : 0.0) + (known ? 0.0 : cWiderLines);
-        if (!std::isfinite(mXx + mXy + mX0 + mYx + mYy + mY0))
-            return false;
-        readPointSizes();
-        mPoints = !smoothed && mXy == 0.0 && mYx == 0.0 && mSmallestPoint <= mLargestPoint;
-        return true;
+    if (iKind != GlyphArrays::cKeyFills) {
+        iPlacement.place(iEntries, cEntries[iKind], oCorners);
+        return cEntries[iKind];
     }
-
-    Point operator()(const GLfloat* iXY) const
-    {
-        const double x = iXY[0], y = iXY[1];
-        return { mXx * x + mXy * y + mX0, mYx * x + mYy * y + mY0 };
-    }
-
-    /// The slack for vertices whose coordinates are at most iX and iY in size: the rasteriser's
-    /// own, and GL's float error, which grows with the size of the terms it sums.
-    double slack(double iX, double iY) const
-    {
-        const double largest = std::max(std::abs(mXx) * iX + std::abs(mXy) * iY + mTranslationX,
-            std::abs(mYx) * iX + std::abs(mYy) * iY + mTranslationY);
-        return cRasterSlack + cFloatUlps * FLT_EPSILON * (largest + std::max(width, height));
-    }
-
-    /// The slack for any of iCount vertices: one for a whole draw, as its vertices lie close
-    /// together and the float error it allows for is a small part of the rasteriser's own.
-    template <class Vertex> double slack(const Vertex* iVertices, int iCount) const
-    {
-        float x = 0.0f, y = 0.0f;
-        for (int i = 0; i < iCount; ++i) {
-            x = std::max(x, std::abs(iVertices[i].x));
-            y = std::max(y, std::abs(iVertices[i].y));
-        }
-        return slack(x, y);
-    }
-
-    /// The corners of iCount vertices in pixels.
-    template <class Vertex> void place(const Vertex* iVertices, int iCount, Point* oCorners) const
-    {
-        for (int i = 0; i < iCount; ++i)
-            oCorners[i] = (*this)(&iVertices[i].x);
-    }
-
-    /// The side in pixels of a filled keyframe's square, if GL may draw it as one point of that
-    /// size: upright on screen, of a size points take, and surely inside the viewport. GL drops
-    /// a point whose centre is outside, and may light pixels beyond the viewport for one whose
-    /// square reaches past it. 0 if it is to be drawn as a polygon.
-    double pointSide(const ColouredVertex* iEntries) const
-    {
-        if (!mPoints || iEntries[1].a != GlyphArrays::cSquare)
-            return 0.0;
-        const double side = 2.0 * std::abs(mXx * iEntries[1].x);
-        if (!(side >= mSmallestPoint && side <= mLargestPoint)
-            || !(std::abs(side - 2.0 * std::abs(mYy * iEntries[1].y)) <= cSameSide)
-            || !(std::abs(side - std::round(side / mPointGranularity) * mPointGranularity) <= cSameSide))
-            return 0.0;
-        const Point centre = (*this)(&iEntries[0].x);
-        const double reach = 0.5 * side + slack(std::abs(iEntries[0].x), std::abs(iEntries[0].y));
-        const bool inside = centre.x >= reach && centre.x <= width - reach && centre.y >= reach
-            && centre.y <= height - reach;
-        return inside ? side : 0.0;
-    }
-
-    /// The outline in pixels of a primitive of iKind as GL will draw it, and how many corners
-    /// it has.
-    int outline(int iKind, const ColouredVertex* iEntries, Point oCorners[4]) const
-    {
-        if (iKind != GlyphArrays::cKeyFills) {
-            place(iEntries, cEntries[iKind], oCorners);
-            return cEntries[iKind];
-        }
-        if (const double side = pointSide(iEntries)) {
-            const Point centre = (*this)(&iEntries[0].x);
-            const double half = 0.5 * side;
-            oCorners[0] = { centre.x - half, centre.y - half };
-            oCorners[1] = { centre.x - half, centre.y + half };
-            oCorners[2] = { centre.x + half, centre.y + half };
-            oCorners[3] = { centre.x + half, centre.y - half };
-            return 4;
-        }
-        ColouredVertex corners[4];
-        KeyFillCorners(iEntries, corners);
-        place(corners, 4, oCorners);
+    if (const double side = iPlacement.pointSide(iEntries)) {
+        const Point centre = iPlacement(&iEntries[0].x);
+        const double half = 0.5 * side;
+        oCorners[0] = { centre.x - half, centre.y - half };
+        oCorners[1] = { centre.x - half, centre.y + half };
+        oCorners[2] = { centre.x + half, centre.y + half };
+        oCorners[3] = { centre.x + half, centre.y - half };
         return 4;
     }
-
-    int width = 0, height = 0;
-    /// Added to the slack of fills and of lines where the rasteriser may light more pixels than
-    /// their centres, or than a measured line does.
-    double fillMargin = 0.0, lineMargin = 0.0;
-
-private:
-    /// The sizes GL draws a point at as asked, in pixels. A point's square is clamped to the
-    /// implementation's ranges and its own limits, rounded to the sizes GL supports, scaled
-    /// unless attenuation is off, and when multisampled, faded below a threshold. Sprites came
-    /// with GL 2.0; before, points were squares of whole pixels.
-    void readPointSizes()
-    {
-        mSmallestPoint = 1.0;
-        mLargestPoint = 0.0;
-        const QOpenGLContext* context = QOpenGLContext::currentContext();
-        if (!context
-            || (context->format().version() < qMakePair(2, 0) && !context->hasExtension("GL_ARB_point_sprite")))
-            return;
-        GLfloat range[2] = { 1.0f, 0.0f }, aliased[2] = { 1.0f, 0.0f }, least = 0.0f, most = 0.0f;
-        GLfloat granularity = 0.0f, fade = 0.0f, attenuation[3] = { 0.0f, 0.0f, 0.0f };
-        glGetFloatv(GL_POINT_SIZE_RANGE, range);
-        glGetFloatv(GL_ALIASED_POINT_SIZE_RANGE, aliased);
-        glGetFloatv(GL_POINT_SIZE_MIN, &least);
-        glGetFloatv(GL_POINT_SIZE_MAX, &most);
-        glGetFloatv(GL_POINT_SIZE_GRANULARITY, &granularity);
-        glGetFloatv(GL_POINT_FADE_THRESHOLD_SIZE, &fade);
-        glGetFloatv(GL_POINT_DISTANCE_ATTENUATION, attenuation);
-        if (attenuation[0] != 1.0f || attenuation[1] != 0.0f || attenuation[2] != 0.0f || !(granularity > 0.0f))
-            return;
-        // Below a pixel, rasterisers widen points to one.
-        mSmallestPoint = std::max({ 1.0, double(range[0]), double(aliased[0]), double(least), double(fade) });
-        mLargestPoint = std::min({ double(range[1]), double(aliased[1]), double(most) });
-        mPointGranularity = granularity;
-    }
-
-    double mXx = 0, mXy = 0, mX0 = 0, mYx = 0, mYy = 0, mY0 = 0, mTranslationX = 0, mTranslationY = 0;
-    /// Whether filled squares may be drawn as points, and of what sizes.
-    bool mPoints = false;
-    double mSmallestPoint = 1.0, mLargestPoint = 0.0, mPointGranularity = 1.0;
-};
+    ColouredVertex corners[4];
+    KeyFillCorners(iEntries, corners);
+    iPlacement.place(corners, 4, oCorners);
+    return 4;
+}
 
 /// Whether every vertex is opaque.
 bool Opaque(const ColouredVertex* iVertices, int iCount)
@@ -272,7 +100,7 @@ bool Opaque(const ColouredVertex* iVertices, int iCount)
 /// entry) as runs of one mode each. A run points at the entries themselves where it can; what
 /// it can't is copied to the end of ioVertices, which must have the room reserved: twice the
 /// entries of filled keyframes and the entries of the rest.
-void AppendRuns(int iKind, const ColouredVertex* iEntries, const char* iKept, int iCount, const Placement& iPlacement,
+void AppendRuns(int iKind, const ColouredVertex* iEntries, const char* iKept, int iCount, const GLPlacement& iPlacement,
     std::vector<ColouredVertex>& ioVertices, std::vector<Run>& ioRuns)
 {
     const int perPrimitive = cEntries[iKind];
@@ -355,7 +183,7 @@ struct Part
         return readiness.compare_exchange_strong(unready, cClaimed);
     }
 
-    void makeReady(const Placement& iPlacement)
+    void makeReady(const GLPlacement& iPlacement)
     {
         runs.clear();
         firstRuns.clear();
@@ -433,7 +261,7 @@ bool SameOpaqueColour(const ColouredVertex& iA, const ColouredVertex& iB)
 /// fill of a dense run keeps the sliver its successor leaves; looked at every other one first and
 /// then those between, these fall within their neighbours on both sides. The handles of a curve
 /// alternate in and out, so each direction then goes in turn: 10% fewer stay in a dense view.
-void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, OcclusionMask& ioMask)
+void CullGlyphs(const Draw& iDraw, const GLPlacement& iPlacement, Part& ioPart, OcclusionMask& ioMask)
 {
     const int perPrimitive = cEntries[iDraw.kind];
     const bool fill = IsFill(iDraw.kind);
@@ -444,7 +272,7 @@ void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, Oc
     const auto cull = [&](int iFirst) {
         const ColouredVertex* primitive = &vertices[std::size_t(iFirst)];
         Point corners[4];
-        const int count = iPlacement.outline(iDraw.kind, primitive, corners);
+        const int count = Outline(iPlacement, iDraw.kind, primitive, corners);
         bool hidden;
         if (!fill)
             hidden = ioMask.hidesLine(corners[0], corners[1], slack);
@@ -470,7 +298,7 @@ void CullGlyphs(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, Oc
     }
 }
 
-void CullStrip(const Draw& iDraw, const Placement& iPlacement, Part& ioPart, const OcclusionMask& iMask)
+void CullStrip(const Draw& iDraw, const GLPlacement& iPlacement, Part& ioPart, const OcclusionMask& iMask)
 {
     const PlainVertex* points = &ioPart.strips[std::size_t(iDraw.first)];
     const double slack = iPlacement.slack(points, iDraw.count) + iPlacement.lineMargin;
@@ -510,10 +338,10 @@ public:
         }
     }
 
-    const Placement& placement() const { return mPlacement; }
+    const GLPlacement& placement() const { return mPlacement; }
 
 private:
-    Placement mPlacement;
+    GLPlacement mPlacement;
     OcclusionMask& mMask;
     bool mOn;
     bool mCovering = false; // lines after the last fill have nothing to hide them
@@ -624,7 +452,7 @@ int DrawRun(int iKind, const Run& iRun, bool iPlainFills)
 class Steps
 {
 public:
-    Steps(const std::vector<std::function<void()>>& iSteps, std::size_t iFirstPart, const Placement& iPlacement,
+    Steps(const std::vector<std::function<void()>>& iSteps, std::size_t iFirstPart, const GLPlacement& iPlacement,
         Store& ioStore)
         : mSteps(iSteps)
         , mFirstPart(iFirstPart)
@@ -762,7 +590,7 @@ private:
 
     const std::vector<std::function<void()>>& mSteps;
     std::size_t mFirstPart;
-    const Placement& mPlacement;
+    const GLPlacement& mPlacement;
     Store& mStore;
     std::thread mWorker;
     std::mutex mMutex;
@@ -918,7 +746,7 @@ void DeferredCurveDrawing::glyphs(const GlyphArrays::Mark& iFrom)
     }
     glLineWidth(cLineWidth);
     GlyphArrays& arrays = ImmediateArrays();
-    Placement placement;
+    GLPlacement placement;
     placement.read();
     const bool plainFills = !SmoothsPolygons();
     thread_local std::vector<char> kept;

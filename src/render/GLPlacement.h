@@ -1,0 +1,84 @@
+#pragma once
+
+#include "render/DeferredCurveDrawing.h"
+#include "render/VertexArrays.h"
+
+#include "splinorlib/Vector2D.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Ovantis {
+namespace SplinorEditorQtLib {
+namespace v22 {
+
+/// Whether polygons may light their edge pixels in part, blending them with what lies below.
+bool SmoothsPolygons();
+
+/// Where GL puts a vertex of the current matrices, in pixels from the viewport's corner, and how
+/// far from there its rasteriser may light pixels: what culling needs to know that a primitive
+/// lies under others.
+class GLPlacement
+{
+public:
+    using Point = SplinorLib::v19::Vector2D<double>;
+
+    /// False unless the transform is a flat orthographic one onto a viewport of some size.
+    bool read();
+
+    Point operator()(const GLfloat* iXY) const
+    {
+        const double x = iXY[0], y = iXY[1];
+        return { mXx * x + mXy * y + mX0, mYx * x + mYy * y + mY0 };
+    }
+
+    /// The slack for vertices whose coordinates are at most iX and iY in size: the rasteriser's
+    /// own, and GL's float error, which grows with the size of the terms it sums.
+    double slack(double iX, double iY) const;
+
+    /// The slack for any of iCount vertices: one for a whole draw, as its vertices lie close
+    /// together and the float error it allows for is a small part of the rasteriser's own.
+    template <class Vertex> double slack(const Vertex* iVertices, int iCount) const
+    {
+        float x = 0.0f, y = 0.0f;
+        for (int i = 0; i < iCount; ++i) {
+            x = std::max(x, std::abs(iVertices[i].x));
+            y = std::max(y, std::abs(iVertices[i].y));
+        }
+        return slack(x, y);
+    }
+
+    /// The corners of iCount vertices in pixels.
+    template <class Vertex> void place(const Vertex* iVertices, int iCount, Point* oCorners) const
+    {
+        for (int i = 0; i < iCount; ++i)
+            oCorners[i] = (*this)(&iVertices[i].x);
+    }
+
+    /// The side in pixels of a filled keyframe's square (its GlyphArrays entries), if GL may
+    /// draw it as one point of that size: upright on screen, of a size points take, and surely
+    /// inside the viewport. GL drops a point whose centre is outside, and may light pixels beyond
+    /// the viewport for one whose square reaches past it. 0 if it is to be drawn as a polygon.
+    double pointSide(const ColouredVertex* iEntries) const;
+
+    int width = 0, height = 0;
+    /// Added to the slack of fills and of lines where the rasteriser may light more pixels than
+    /// their centres, or than a measured line does.
+    double fillMargin = 0.0, lineMargin = 0.0;
+
+private:
+    /// The sizes GL draws a point at as asked, in pixels. A point's square is clamped to the
+    /// implementation's ranges and its own limits, rounded to the sizes GL supports, scaled
+    /// unless attenuation is off, and when multisampled, faded below a threshold. Sprites came
+    /// with GL 2.0; before, points were squares of whole pixels.
+    void readPointSizes();
+
+    double mXx = 0, mXy = 0, mX0 = 0, mYx = 0, mYy = 0, mY0 = 0, mTranslationX = 0, mTranslationY = 0;
+    /// Whether filled squares may be drawn as points, and of what sizes.
+    bool mPoints = false;
+    double mSmallestPoint = 1.0, mLargestPoint = 0.0, mPointGranularity = 1.0;
+};
+
+} // namespace v22
+} // namespace SplinorEditorQtLib
+} // namespace Ovantis
