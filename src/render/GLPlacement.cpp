@@ -1,5 +1,7 @@
 #include "render/GLPlacement.h"
 
+#include "render/DeferredCurveDrawing.h"
+
 #include <QOpenGLContext>
 
 #include <algorithm>

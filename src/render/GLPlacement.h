@@ -1,6 +1,5 @@
 #pragma once
 
-#include "render/DeferredCurveDrawing.h"
 #include "render/VertexArrays.h"
 
 #include "splinorlib/Vector2D.h"
