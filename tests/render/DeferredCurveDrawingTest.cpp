@@ -214,7 +214,8 @@ TEST_F(CurveCanvas, deferred_drawing_leaves_out_most_primitives_of_a_dense_view_
 
 // Keys two pixels apart across the view, each square four wide: every other one covers those
 // between, whichever is drawn first, as long as they are of one colour, and all of them cover the
-// line. A locked key, in another colour, shows between its neighbours and must stay so.
+// line. A locked key, in another colour, shows between its neighbours and must stay so; so must a
+// translucent tangent line drawn over keys of its own colour.
 TEST_F(CurveCanvas, fills_of_one_colour_leave_out_those_their_neighbours_on_both_sides_cover)
 {
     mCurves = SplinorContainer::create();
@@ -233,9 +234,18 @@ TEST_F(CurveCanvas, fills_of_one_colour_leave_out_those_their_neighbours_on_both
     // Beside every other key, the curve's ends keep a few lines and a handle.
     EXPECT_LE(mPrimitives, GLuint(cKeys + 1) / 2 + 4);
 
+    // A Fixed tangent's line runs 24 pixels level over a dozen keys, its handle at the far end.
+    std::next(curve->begin(), 40)->setInterpolator(Bezier::create());
+    Tangent* fixed = std::next(curve->begin(), 40)->getLeftKey()->getOutTangent();
+    ASSERT_TRUE(fixed);
+    fixed->setType(cTangentFixed);
+    const QImage crossed = draw(cImmediate);
+    ASSERT_GT(Differences(immediate, crossed), 20);
+    EXPECT_EQ(Differences(crossed, draw(cDeferred)), 0);
+
     SetLocked(*std::next(curve->begin(), 61)->getLeftKey(), true);
     const QImage locked = draw(cImmediate);
-    ASSERT_GT(Differences(immediate, locked), 0);
+    ASSERT_GT(Differences(crossed, locked), 0);
     EXPECT_EQ(Differences(locked, draw(cDeferred)), 0);
 }
 
