@@ -56,6 +56,9 @@ struct Draw
     int kind; // of GlyphArrays, or cStrip
     int first, count; // vertices in the array of the kind
     GLfloat r, g, b; // a strip's colour
+    /// GLPlacement::extent() of the vertices, worked out where they are held: on the thread
+    /// that makes them, rather than on the one that culls them.
+    Point extent;
 };
 
 /// Kept primitives of a draw of glyphs, as GL takes them in one mode.
@@ -267,8 +270,8 @@ void CullGlyphs(const Draw& iDraw, const GLPlacement& iPlacement, Part& ioPart, 
     const bool fill = IsFill(iDraw.kind);
     const std::vector<ColouredVertex>& vertices = ioPart.glyphs[iDraw.kind];
     std::vector<char>& kept = ioPart.glyphKept[iDraw.kind];
-    const double slack = iPlacement.slack(&vertices[std::size_t(iDraw.first)], iDraw.count)
-        + (fill ? iPlacement.fillMargin : iPlacement.lineMargin);
+    const double slack
+        = iPlacement.slack(iDraw.extent.x, iDraw.extent.y) + (fill ? iPlacement.fillMargin : iPlacement.lineMargin);
     const auto cull = [&](int iFirst) {
         const ColouredVertex* primitive = &vertices[std::size_t(iFirst)];
         Point corners[4];
@@ -301,7 +304,7 @@ void CullGlyphs(const Draw& iDraw, const GLPlacement& iPlacement, Part& ioPart, 
 void CullStrip(const Draw& iDraw, const GLPlacement& iPlacement, Part& ioPart, const OcclusionMask& iMask)
 {
     const PlainVertex* points = &ioPart.strips[std::size_t(iDraw.first)];
-    const double slack = iPlacement.slack(points, iDraw.count) + iPlacement.lineMargin;
+    const double slack = iPlacement.slack(iDraw.extent.x, iDraw.extent.y) + iPlacement.lineMargin;
     for (int i = 0; i + 1 < iDraw.count; ++i) {
         Point ends[2];
         iPlacement.place(&points[i], 2, ends);
@@ -715,7 +718,7 @@ void DeferredCurveDrawing::strip(const std::vector<PlainVertex>& iPoints, const 
 {
     if (iPoints.size() < 2)
         return;
-    Draw draw { cStrip, 0, int(iPoints.size()), 0.0f, 0.0f, 0.0f };
+    Draw draw { cStrip, 0, int(iPoints.size()), 0.0f, 0.0f, 0.0f, {} };
     SetColour(iColour, draw.r, draw.g, draw.b);
     if (!tPart) {
         glColor3f(draw.r, draw.g, draw.b);
@@ -724,6 +727,7 @@ void DeferredCurveDrawing::strip(const std::vector<PlainVertex>& iPoints, const 
         return;
     }
     draw.first = int(tPart->strips.size());
+    draw.extent = GLPlacement::extent(iPoints.data(), draw.count);
     tPart->draws.push_back(draw);
     tPart->strips.insert(tPart->strips.end(), iPoints.begin(), iPoints.end());
 }
@@ -740,7 +744,8 @@ void DeferredCurveDrawing::glyphs(const GlyphArrays::Mark& iFrom)
             const int first = int(iFrom.sizes[kind]);
             const int count = int(tPart->glyphs[kind].size()) - first;
             if (count > 0)
-                tPart->draws.push_back({ kind, first, count, 0.0f, 0.0f, 0.0f });
+                tPart->draws.push_back({ kind, first, count, 0.0f, 0.0f, 0.0f,
+                    GLPlacement::extent(&tPart->glyphs[kind][std::size_t(first)], count) });
         }
         return;
     }

@@ -35,16 +35,17 @@ public:
     /// own, and GL's float error, which grows with the size of the terms it sums.
     double slack(double iX, double iY) const;
 
-    /// The slack for any of iCount vertices: one for a whole draw, as its vertices lie close
-    /// together and the float error it allows for is a small part of the rasteriser's own.
-    template <class Vertex> double slack(const Vertex* iVertices, int iCount) const
+    /// The largest sizes of the coordinates of iCount vertices, for one slack for all of them: a
+    /// draw's vertices lie close together, and the float error allowed for is a small part of
+    /// the rasteriser's own.
+    template <class Vertex> static Point extent(const Vertex* iVertices, int iCount)
     {
         float x = 0.0f, y = 0.0f;
         for (int i = 0; i < iCount; ++i) {
             x = std::max(x, std::abs(iVertices[i].x));
             y = std::max(y, std::abs(iVertices[i].y));
         }
-        return slack(x, y);
+        return { x, y };
     }
 
     /// The corners of iCount vertices in pixels.
