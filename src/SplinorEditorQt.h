@@ -22,6 +22,7 @@
 #include "render/GraphViewColors.h"
 #include "render/GridLayer.h"
 #include "render/OcclusionMask.h"
+#include "render/PaintedFills.h"
 #include "tools/DragConstraints.h"
 #include "tools/DragDelay.h"
 #include "tools/Picking.h"

@@ -1,7 +1,9 @@
 #include "render/DeferredCurveDrawing.h"
 
 #include "render/GLPlacement.h"
+#include "render/GLSentries.h"
 #include "render/OcclusionMask.h"
+#include "render/PaintedFills.h"
 
 #include <QColor>
 
@@ -9,6 +11,7 @@
 #include <atomic>
 #include <cmath>
 #include <condition_variable>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -59,6 +62,8 @@ struct Draw
     /// GLPlacement::extent() of the vertices, worked out where they are held: on the thread
     /// that makes them, rather than on the one that culls them.
     Point extent;
+    /// Where fills are painted, the depth GL draws this at: see Culling.
+    GLfloat depth = 0.0f;
 };
 
 /// Kept primitives of a draw of glyphs, as GL takes them in one mode.
@@ -216,6 +221,7 @@ struct Store
     std::vector<std::unique_ptr<Part>> parts; // the first `used` hold this drawing's
     std::size_t used = 0;
     OcclusionMask mask;
+    PaintedFills fills;
 
     Part& add()
     {
@@ -312,17 +318,54 @@ void CullStrip(const Draw& iDraw, const GLPlacement& iPlacement, Part& ioPart, c
     }
 }
 
+/// Paints the fills of iDraw from the last to the first, which GL then need not draw; those
+/// that reach out of the viewport are culled, as GL draws them.
+void PaintGlyphs(const Draw& iDraw, const GLPlacement& iPlacement, Part& ioPart, OcclusionMask& ioMask,
+    PaintedFills& ioFills)
+{
+    const double slack = iPlacement.slack(iDraw.extent.x, iDraw.extent.y);
+    const int perPrimitive = cEntries[iDraw.kind];
+    const std::vector<ColouredVertex>& vertices = ioPart.glyphs[iDraw.kind];
+    std::vector<char>& kept = ioPart.glyphKept[iDraw.kind];
+    const int lastFirst = iDraw.first + (iDraw.count / perPrimitive - 1) * perPrimitive;
+    for (int first = lastFirst; first >= iDraw.first; first -= perPrimitive) {
+        const ColouredVertex* primitive = &vertices[std::size_t(first)];
+        Point corners[4];
+        const int count = Outline(iPlacement, iDraw.kind, primitive, corners);
+        std::uint32_t rgba;
+        std::memcpy(&rgba, &primitive->r, sizeof rgba);
+        kept[std::size_t(first)] = !ioFills.paint(corners, count, rgba, iDraw.depth, ioMask)
+            && !ioMask.hidesOrCovers(corners, count, slack);
+    }
+}
+
 /// Culls parts from the last drawn to the first, and the draws of each from its last to its
 /// first, so that whatever may hide a primitive is in the mask before it is looked at.
+///
+/// Where it can, it paints opaque fills itself, and gives each draw a depth: the last draw's is
+/// nearest 1, and each before it some steps of the depth buffer below, more than GL's rounding of
+/// a depth could mix. GL then draws the rest over the painted pixels with the depth test: what is
+/// drawn before the fill that lights a pixel leaves that pixel alone, and what is drawn after it
+/// draws over it, as it would have with every fill drawn in turn.
 class Culling
 {
 public:
-    explicit Culling(OcclusionMask& ioMask)
+    Culling(OcclusionMask& ioMask, PaintedFills& ioFills)
         : mMask(ioMask)
+        , mFills(ioFills)
         , mOn(mPlacement.read())
     {
-        if (mOn)
-            mMask.reset(mPlacement.width, mPlacement.height);
+        if (!mOn)
+            return;
+        mMask.reset(mPlacement.width, mPlacement.height);
+        mFills.reset(mPlacement.width, mPlacement.height);
+        // GL fills whole pixels and the depth buffer can order draws, with room for a good many.
+        mPainting = mPlacement.fillMargin == 0.0 && mPlacement.flatDepth && mPlacement.depthBits >= 16
+            && mPlacement.depthBits <= 32 && PaintedFills::canDraw();
+        if (mPainting) {
+            mDepthStep = 4.0 / (std::ldexp(1.0, mPlacement.depthBits) - 1.0);
+            mDepthRanks = int(1.0 / mDepthStep) - 2;
+        }
     }
 
     void cull(Part& ioPart)
@@ -331,23 +374,52 @@ public:
         if (!mOn)
             return;
         for (auto draw = ioPart.draws.rbegin(); draw != ioPart.draws.rend(); ++draw) {
+            // Draws past the room left share a depth below all others, and are not painted.
+            const bool ranked = mRank < mDepthRanks;
+            draw->depth = GLfloat(ranked ? 1.0 - ++mRank * mDepthStep : 0.5 * mDepthStep);
             mCovering = mCovering || IsFill(draw->kind);
             if (!mCovering)
                 continue;
             if (draw->kind == cStrip)
                 CullStrip(*draw, mPlacement, ioPart, mMask);
+            else if (ranked && paints(*draw, ioPart))
+                PaintGlyphs(*draw, mPlacement, ioPart, mMask, mFills);
             else
                 CullGlyphs(*draw, mPlacement, ioPart, mMask);
         }
     }
 
     const GLPlacement& placement() const { return mPlacement; }
+    /// Whether fills were painted: draws must then go to GL each at its depth.
+    bool painted() const { return mPainting && !mFills.empty(); }
 
 private:
+    /// Whether the draw is of opaque fills that GL would place where they are painted: its float
+    /// error, which grows with the size of the coordinates, is small beside a pixel. Beyond, GL's
+    /// lines would stray from painted fills, and GL draws the fills it places alike.
+    bool paints(const Draw& iDraw, const Part& iPart) const
+    {
+        if (!mPainting || !IsFill(iDraw.kind)
+            || !(mPlacement.slack(iDraw.extent.x, iDraw.extent.y) <= cPaintedSlack))
+            return false;
+        const int perPrimitive = cEntries[iDraw.kind];
+        const ColouredVertex* vertices = &iPart.glyphs[iDraw.kind][std::size_t(iDraw.first)];
+        for (int i = 0; i + perPrimitive <= iDraw.count; i += perPrimitive)
+            if (!vertices[i].isOpaque())
+                return false;
+        return true;
+    }
+
+    static constexpr double cPaintedSlack = 0.25;
+
     GLPlacement mPlacement;
     OcclusionMask& mMask;
+    PaintedFills& mFills;
     bool mOn;
+    bool mPainting = false;
     bool mCovering = false; // lines after the last fill have nothing to hide them
+    double mDepthStep = 0.0;
+    int mDepthRanks = 0, mRank = 0;
 };
 
 void SetColour(const QColor& iColour, GLfloat& oR, GLfloat& oG, GLfloat& oB)
@@ -691,10 +763,19 @@ void DeferredCurveDrawing::finish(const std::vector<std::function<void()>>& iLas
         store.add();
     tPart = nullptr;
 
-    Culling culling(store.mask);
+    Culling culling(store.mask, store.fills);
     Steps steps(iLastSteps, firstStep, culling.placement(), store);
     steps.cullAll(culling);
 
+    const bool painted = culling.painted();
+    std::optional<GLAttributeSentry> depthState;
+    if (painted) {
+        depthState.emplace(GL_DEPTH_BUFFER_BIT | GL_ENABLE_BIT | GL_VIEWPORT_BIT);
+        store.fills.draw(culling.placement().left, culling.placement().bottom);
+        glEnable(GL_DEPTH_TEST);
+        glDepthFunc(GL_GREATER);
+        glDepthMask(GL_FALSE);
+    }
     glLineWidth(cLineWidth);
     const bool plainFills = !SmoothsPolygons();
     int sinceFlush = 0;
@@ -702,6 +783,8 @@ void DeferredCurveDrawing::finish(const std::vector<std::function<void()>>& iLas
         const Part& part = steps.ready(i);
         for (std::size_t d = 0; d < part.draws.size(); ++d) {
             const Draw& draw = part.draws[d];
+            if (painted)
+                glDepthRange(draw.depth, draw.depth);
             if (draw.kind == cStrip)
                 sinceFlush += DrawKeptStrip(draw, part);
             for (std::size_t run = part.firstRuns[d]; run < part.firstRuns[d + 1]; ++run)

@@ -59,6 +59,8 @@ bool GLPlacement::read()
             for (int k = 0; k < 4; ++k)
                 t[column * 4 + row] += projection[k * 4 + row] * modelview[column * 4 + k];
         }
+    left = viewport[0];
+    bottom = viewport[1];
     width = viewport[2];
     height = viewport[3];
     if (t[3] != 0.0 || t[7] != 0.0 || t[15] != 1.0 || width <= 0 || height <= 0)
@@ -72,6 +74,9 @@ bool GLPlacement::read()
     mY0 = (t[13] + 1.0) * halfHeight;
     mTranslationX = std::abs(t[12]) * halfWidth;
     mTranslationY = std::abs(t[13]) * halfHeight;
+    // Vertices have z 0 and w 1.
+    flatDepth = t[2] == 0.0 && t[6] == 0.0 && std::abs(t[14]) <= 1.0;
+    glGetIntegerv(GL_DEPTH_BITS, &depthBits);
     const bool known = IsKnownRasteriser();
     GLint sampleBuffers = 0;
     glGetIntegerv(GL_SAMPLE_BUFFERS, &sampleBuffers);

@@ -61,7 +61,13 @@ public:
     /// the viewport for one whose square reaches past it. 0 if it is to be drawn as a polygon.
     double pointSide(const ColouredVertex* iEntries) const;
 
-    int width = 0, height = 0;
+    /// The viewport's lower left corner in the window, and its size.
+    int left = 0, bottom = 0, width = 0, height = 0;
+    /// Whether GL puts every vertex, whatever its x and y, at one depth between the near and far
+    /// planes: a depth range of a single value then gives all that is drawn that depth.
+    bool flatDepth = false;
+    /// The bits of the depth buffer drawn into; 0 if it has none.
+    int depthBits = 0;
     /// Added to the slack of fills and of lines where the rasteriser may light more pixels than
     /// their centres, or than a measured line does.
     double fillMargin = 0.0, lineMargin = 0.0;

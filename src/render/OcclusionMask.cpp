@@ -166,16 +166,6 @@ private:
 
 } // namespace
 
-inline std::uint64_t OcclusionMask::bitsOf(int iWord, int iFirst, int iLast)
-{
-    std::uint64_t bits = ~std::uint64_t(0);
-    if (iWord == iFirst >> 6)
-        bits &= ~std::uint64_t(0) << (iFirst & 63);
-    if (iWord == iLast >> 6)
-        bits &= ~std::uint64_t(0) >> (63 - (iLast & 63));
-    return bits;
-}
-
 inline bool OcclusionMask::isCovered(int iRow, int iFirst, int iLast) const
 {
     const std::uint64_t* words = &mBits[std::size_t(iRow) * std::size_t(mWordsPerRow)];
@@ -196,7 +186,8 @@ void OcclusionMask::reset(int iWidth, int iHeight)
     mWidth = std::max(iWidth, 0);
     mHeight = std::max(iHeight, 0);
     mWordsPerRow = (mWidth + 63) / 64;
-    mBits.assign(std::size_t(mWordsPerRow) * std::size_t(mHeight), 0);
+    // A word past the last row, for claim()'s reads across a row's end.
+    mBits.assign(std::size_t(mWordsPerRow) * std::size_t(mHeight) + 1, 0);
     mEmpty = true;
 }
 

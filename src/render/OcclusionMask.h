@@ -3,6 +3,7 @@
 #include "splinorlib/Vector2D.h"
 
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 namespace Ovantis {
@@ -43,6 +44,13 @@ public:
     /// hides(), and if not, cover(): the polygon's edges are worked out once for both.
     bool hidesOrCovers(const Point* iCorners, int iCount, double iSlack);
 
+    /// Covers the pixels iFirst to iLast of row iRow, all in the mask, and calls
+    /// iLit(column of the word's first pixel, bits) for each word of pixels newly covered.
+    template <class Lit> void claim(int iRow, int iFirst, int iLast, Lit&& iLit);
+    /// The same for the pixels of row iRow at iColumn and on whose bits are set in iBits: a
+    /// pixel a bit, the lowest first, at most 24 of them, all in the mask. Little-endian only.
+    template <class Lit> void claim(int iRow, int iColumn, std::uint32_t iBits, Lit&& iLit);
+
 private:
     /// Whether the shape (a band of rows, and an x range at each row's height) lies on
     /// covered pixels of the mask and nowhere else.
@@ -68,6 +76,48 @@ private:
     bool mEmpty = true; // nothing is hidden until something covers
     std::vector<std::uint64_t> mBits;
 };
+
+inline std::uint64_t OcclusionMask::bitsOf(int iWord, int iFirst, int iLast)
+{
+    std::uint64_t bits = ~std::uint64_t(0);
+    if (iWord == iFirst >> 6)
+        bits &= ~std::uint64_t(0) << (iFirst & 63);
+    if (iWord == iLast >> 6)
+        bits &= ~std::uint64_t(0) >> (63 - (iLast & 63));
+    return bits;
+}
+
+template <class Lit> void OcclusionMask::claim(int iRow, int iFirst, int iLast, Lit&& iLit)
+{
+    std::uint64_t* words = &mBits[std::size_t(iRow) * std::size_t(mWordsPerRow)];
+    for (int word = iFirst >> 6; word <= iLast >> 6; ++word) {
+        const std::uint64_t bits = bitsOf(word, iFirst, iLast);
+        const std::uint64_t fresh = bits & ~words[word];
+        words[word] |= bits;
+        if (fresh)
+            iLit(word << 6, fresh);
+    }
+    mEmpty = false;
+}
+
+template <class Lit> void OcclusionMask::claim(int iRow, int iColumn, std::uint32_t iBits, Lit&& iLit)
+{
+    // Read as the 32 bits from the byte of the first pixel: on a little-endian machine those are
+    // the row's bits from that byte on, whichever words they lie in. Bits past the row's end are
+    // left as they are, and the mask has a word to spare past its last row.
+    static_assert(sizeof(std::uint32_t) == 4, "");
+    unsigned char* bytes = reinterpret_cast<unsigned char*>(&mBits[std::size_t(iRow) * std::size_t(mWordsPerRow)]);
+    bytes += iColumn >> 3;
+    std::uint32_t word;
+    std::memcpy(&word, bytes, sizeof word);
+    const std::uint32_t bits = iBits << (iColumn & 7);
+    if (const std::uint32_t fresh = bits & ~word) {
+        word |= bits;
+        std::memcpy(bytes, &word, sizeof word);
+        iLit(iColumn & ~7, fresh);
+    }
+    mEmpty = false;
+}
 
 } // namespace v22
 } // namespace SplinorEditorQtLib

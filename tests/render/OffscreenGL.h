@@ -26,6 +26,7 @@ public:
         ASSERT_TRUE(mContext.makeCurrent(&mSurface));
         QOpenGLFramebufferObjectFormat format;
         format.setSamples(iSamples);
+        format.setAttachment(QOpenGLFramebufferObject::CombinedDepthStencil); // as a widget has
         mFramebuffer = std::make_unique<QOpenGLFramebufferObject>(iWidth, iHeight, format);
         ASSERT_TRUE(mFramebuffer->bind());
         glViewport(0, 0, iWidth, iHeight);

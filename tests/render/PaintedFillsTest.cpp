@@ -1,0 +1,227 @@
+#include "render/OffscreenGL.h"
+
+#include "render/OcclusionMask.h"
+#include "render/PaintedFills.h"
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <qopengl.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace EditorTest;
+using namespace Ovantis::SplinorEditorQtLib::v22;
+
+namespace {
+
+constexpr int cWidth = 96;
+constexpr int cHeight = 64;
+constexpr std::uint32_t cRed = 0xff0000ffu; // bytes red, green, blue, alpha
+constexpr std::uint32_t cBlue = 0xffff0000u;
+
+using Point = PaintedFills::Point;
+using Polygon = std::vector<Point>;
+
+/// Polygons painted here and drawn by GL into one framebuffer, whose pixels are compared.
+class Painting : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_NO_FATAL_FAILURE(mGL.create(cWidth, cHeight));
+        // A unit a pixel, from the viewport's lower left corner, as the mask and the painter take it.
+        glMatrixMode(GL_PROJECTION);
+        glLoadIdentity();
+        glOrtho(0, cWidth, 0, cHeight, -1, 1);
+        glMatrixMode(GL_MODELVIEW);
+        glLoadIdentity();
+        glDisable(GL_BLEND);
+        glDisable(GL_POLYGON_SMOOTH);
+        glDisable(GL_DEPTH_TEST);
+    }
+
+    static void clear()
+    {
+        glClearColor(0, 0, 0, 1);
+        glClearDepth(1.0);
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    }
+
+    /// What GL lights of a polygon in red.
+    QImage drawnByGL(const Polygon& iPolygon)
+    {
+        clear();
+        glColor3f(1, 0, 0);
+        glBegin(GL_POLYGON);
+        for (const Point& corner : iPolygon)
+            glVertex2d(corner.x, corner.y);
+        glEnd();
+        return mGL.image();
+    }
+
+    /// What the painter lights of polygons, the first painted over the rest.
+    QImage painted(const std::vector<std::pair<Polygon, std::uint32_t>>& iPolygons)
+    {
+        clear();
+        mFills.reset(cWidth, cHeight);
+        mMask.reset(cWidth, cHeight);
+        for (const auto& [polygon, colour] : iPolygons)
+            EXPECT_TRUE(mFills.paint(polygon.data(), int(polygon.size()), colour, 0.5f, mMask));
+        EXPECT_TRUE(mFills.draw(0, 0));
+        return mGL.image();
+    }
+
+    /// Expects the painter to leave each polygon alone, lighting nothing.
+    void expectLeftToGL(const std::vector<Polygon>& iPolygons)
+    {
+        mFills.reset(cWidth, cHeight);
+        mMask.reset(cWidth, cHeight);
+        for (const Polygon& polygon : iPolygons)
+            EXPECT_FALSE(mFills.paint(polygon.data(), int(polygon.size()), cRed, 0.5f, mMask));
+        EXPECT_TRUE(mFills.empty());
+    }
+
+    static int differences(const QImage& iA, const QImage& iB)
+    {
+        int count = 0;
+        for (int y = 0; y < iA.height(); ++y)
+            for (int x = 0; x < iA.width(); ++x)
+                count += iA.pixel(x, y) != iB.pixel(x, y);
+        return count;
+    }
+
+    /// Expects the painter to light every polygon as GL does, and says which one it doesn't.
+    void expectLitAsByGL(const std::vector<Polygon>& iPolygons)
+    {
+        for (std::size_t i = 0; i < iPolygons.size(); ++i) {
+            const QImage byGL = drawnByGL(iPolygons[i]);
+            const QImage byPainter = painted({ { iPolygons[i], cRed } });
+            std::string corners;
+            for (const Point& corner : iPolygons[i])
+                corners += " (" + std::to_string(corner.x) + ", " + std::to_string(corner.y) + ")";
+            ASSERT_EQ(differences(byGL, byPainter), 0) << "polygon" << corners;
+        }
+    }
+
+    OffscreenGL mGL;
+    PaintedFills mFills;
+    OcclusionMask mMask;
+};
+
+/// Corners about a centre, going round either way, reaching iReach from it at most, on a grid of
+/// iGrid pixels: a coarse grid puts corners and edges on pixel centres.
+Polygon RandomCorners(std::mt19937& ioRandom, Point iCentre, double iReach, double iGrid)
+{
+    std::uniform_real_distribution<double> angle(0.0, 2.0 * M_PI), radius(0.3 * iReach, iReach);
+    const int corners = std::uniform_int_distribution<int>(3, 4)(ioRandom);
+    std::vector<double> angles(std::size_t(corners), 0.0);
+    for (double& a : angles)
+        a = angle(ioRandom);
+    std::sort(angles.begin(), angles.end());
+    if (std::bernoulli_distribution(0.5)(ioRandom))
+        std::reverse(angles.begin(), angles.end()); // either way round
+    Polygon polygon;
+    for (const double a : angles) {
+        const double r = radius(ioRandom);
+        polygon.push_back({ std::round((iCentre.x + r * std::cos(a)) / iGrid) * iGrid,
+            std::round((iCentre.y + r * std::sin(a)) / iGrid) * iGrid });
+    }
+    return polygon;
+}
+
+/// Whether every corner turns the same way, and none goes straight on.
+bool IsConvex(const Polygon& iPolygon)
+{
+    int left = 0, right = 0;
+    const std::size_t count = iPolygon.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        const Point& a = iPolygon[i];
+        const Point& b = iPolygon[(i + 1) % count];
+        const Point& c = iPolygon[(i + 2) % count];
+        const double turn = (b.x - a.x) * (c.y - b.y) - (b.y - a.y) * (c.x - b.x);
+        left += turn > 0;
+        right += turn < 0;
+    }
+    return left == int(count) || right == int(count);
+}
+
+/// A triangle or a convex quadrilateral, as RandomCorners() makes them.
+Polygon RandomPolygon(std::mt19937& ioRandom, Point iCentre, double iReach, double iGrid)
+{
+    for (;;) {
+        Polygon polygon = RandomCorners(ioRandom, iCentre, iReach, iGrid);
+        if (IsConvex(polygon))
+            return polygon;
+    }
+}
+
+} // namespace
+
+// Glyph-sized polygons take one way through the painter and larger ones another; both must light
+// what GL lights, pixel centres on edges and corners included.
+TEST_F(Painting, polygons_light_the_pixels_gl_lights_small_or_large_on_or_off_the_grid)
+{
+    std::mt19937 random(7);
+    std::vector<Polygon> polygons;
+    for (const double grid : { 0.5, 0.25, 1.0 / 256.0, 1e-6 })
+        for (const double reach : { 2.0, 4.5, 9.0, 30.0 }) {
+            std::uniform_real_distribution<double> x(reach, cWidth - reach), y(reach, cHeight - reach);
+            for (int i = 0; i < 40; ++i)
+                polygons.push_back(RandomPolygon(random, { x(random), y(random) }, reach, grid));
+        }
+    // Upright squares and diamonds, as keys are drawn, some at the viewport's borders.
+    polygons.push_back({ { 10.5, 10.5 }, { 10.5, 16.5 }, { 16.5, 16.5 }, { 16.5, 10.5 } });
+    polygons.push_back({ { 0.0, 7.0 }, { 3.75, 7.0 }, { 3.75, 13.0 }, { 0.0, 13.0 } });
+    polygons.push_back({ { 90.0, 60.5 }, { 96.0, 60.5 }, { 96.0, 64.0 }, { 90.0, 64.0 } });
+    polygons.push_back({ { 23.0, 17.0 }, { 26.0, 20.0 }, { 23.0, 23.0 }, { 20.0, 20.0 } });
+    polygons.push_back({ { 33.5, 17.5 }, { 36.5, 20.5 }, { 33.5, 23.5 }, { 30.5, 20.5 } });
+    expectLitAsByGL(polygons);
+}
+
+TEST_F(Painting, each_pixel_takes_the_colour_of_the_first_polygon_painted_over_it)
+{
+    const Polygon top { { 10, 10 }, { 30, 10 }, { 30, 30 }, { 10, 30 } };
+    const Polygon under { { 20, 20 }, { 40, 20 }, { 40, 40 }, { 20, 40 } };
+    const QImage image = painted({ { top, cRed }, { under, cBlue } });
+    auto at = [&](int iColumn, int iRow) { return image.pixelColor(iColumn, cHeight - 1 - iRow); };
+    EXPECT_EQ(at(25, 25), QColor(Qt::red));
+    EXPECT_EQ(at(35, 35), QColor(Qt::blue));
+    EXPECT_EQ(at(15, 35), QColor(Qt::black));
+    EXPECT_EQ(at(50, 50), QColor(Qt::black));
+}
+
+// GL clips what reaches out of the viewport, and the corners it makes are rounded: the pixels a
+// polygon lights there are GL's to find. Nor is anything lit by a polygon of no area.
+TEST_F(Painting, polygons_reaching_out_of_the_viewport_or_not_finite_are_left_to_gl)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double inf = std::numeric_limits<double>::infinity();
+    expectLeftToGL({
+        { { -6.5, 45.5 }, { -2.0, 38.0 }, { 17.5, 33.5 } },
+        { { 90.0, 10.0 }, { 96.5, 10.0 }, { 93.0, 14.0 } },
+        { { 10.0, -0.5 }, { 14.0, 3.0 }, { 10.0, 3.0 } },
+        { { 10.0, 60.0 }, { 14.0, 64.25 }, { 10.0, 62.0 } },
+        { { nan, 5 }, { 20, 5 }, { 20, 20 } },
+        { { 5, 5 }, { inf, 5 }, { 20, 20 } },
+        { { 5, 5 }, { 20, 5 }, { 20, -inf } },
+    });
+    // A viewport of no size holds nothing.
+    mFills.reset(0, cHeight);
+    mMask.reset(0, cHeight);
+    const Polygon square { { 1, 1 }, { 9, 1 }, { 9, 9 }, { 1, 9 } };
+    EXPECT_FALSE(mFills.paint(square.data(), 4, cRed, 0.5f, mMask));
+    EXPECT_TRUE(mFills.empty());
+
+    mFills.reset(cWidth, cHeight);
+    mMask.reset(cWidth, cHeight);
+    const std::vector<Polygon> flat { { { 5, 5 }, { 20, 20 }, { 35, 35 } }, { { 5, 5 }, { 5, 5 }, { 5, 5 }, { 5, 5 } } };
+    for (const Polygon& polygon : flat)
+        EXPECT_TRUE(mFills.paint(polygon.data(), int(polygon.size()), cRed, 0.5f, mMask));
+    EXPECT_TRUE(mFills.empty());
+}
