@@ -545,11 +545,7 @@ TEST(OcclusionMask, a_smoothed_line_lights_no_pixel_outside_its_outline)
     constexpr int cSize = 48;
     OffscreenGL gl;
     ASSERT_NO_FATAL_FAILURE(gl.create(cSize, cSize));
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    glOrtho(0.0, cSize, 0.0, cSize, -1.0, 1.0);
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
+    gl.usePixelUnits();
     BeginCurveStage();
     glLineWidth(1.0f);
 

@@ -55,9 +55,7 @@ protected:
     void SetUp() override
     {
         ASSERT_NO_FATAL_FAILURE(mGL.create(128, 128));
-        glMatrixMode(GL_PROJECTION);
-        glOrtho(0, 128, 0, 128, -1, 1);
-        glMatrixMode(GL_MODELVIEW);
+        mGL.usePixelUnits();
         // The state every test starts from, and expects back from the routines under test.
         glDisable(GL_BLEND);
         glColor4f(0.25f, 0.5f, 0.75f, 1.0f);

@@ -32,6 +32,18 @@ public:
         glViewport(0, 0, iWidth, iHeight);
     }
 
+    /// Projection and model-view that put one unit on a pixel, from the framebuffer's lower left
+    /// corner: pixel (i, j) covers [i, i + 1] x [j, j + 1].
+    void usePixelUnits()
+    {
+        const QSize size = mFramebuffer->size();
+        glMatrixMode(GL_PROJECTION);
+        glLoadIdentity();
+        glOrtho(0.0, size.width(), 0.0, size.height(), -1.0, 1.0);
+        glMatrixMode(GL_MODELVIEW);
+        glLoadIdentity();
+    }
+
     QOpenGLContext& context() { return mContext; }
     /// What was drawn; drawing goes on into the framebuffer, which resolving a multisampled one
     /// would otherwise leave unbound.

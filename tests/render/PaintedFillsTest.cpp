@@ -35,12 +35,7 @@ protected:
     void SetUp() override
     {
         ASSERT_NO_FATAL_FAILURE(mGL.create(cWidth, cHeight));
-        // A unit a pixel, from the viewport's lower left corner, as the mask and the painter take it.
-        glMatrixMode(GL_PROJECTION);
-        glLoadIdentity();
-        glOrtho(0, cWidth, 0, cHeight, -1, 1);
-        glMatrixMode(GL_MODELVIEW);
-        glLoadIdentity();
+        mGL.usePixelUnits(); // as the mask and the painter take positions
         glDisable(GL_BLEND);
         glDisable(GL_POLYGON_SMOOTH);
         glDisable(GL_DEPTH_TEST);
