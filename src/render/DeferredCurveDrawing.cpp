@@ -365,6 +365,7 @@ public:
         if (mPainting) {
             mDepthStep = 4.0 / (std::ldexp(1.0, mPlacement.depthBits) - 1.0);
             mDepthRanks = int(1.0 / mDepthStep) - 2;
+            mFills.clearDepth(mPlacement.left, mPlacement.bottom);
         }
     }
 
@@ -764,6 +765,8 @@ void DeferredCurveDrawing::finish(const std::vector<std::function<void()>>& iLas
     tPart = nullptr;
 
     Culling culling(store.mask, store.fills);
+    // What is drawn so far is rasterised while the rest is culled.
+    glFlush();
     Steps steps(iLastSteps, firstStep, culling.placement(), store);
     steps.cullAll(culling);
 

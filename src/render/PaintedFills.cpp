@@ -3,6 +3,8 @@
 #include "render/GLSentries.h"
 
 #include <QOpenGLContext>
+#include <QOpenGLExtraFunctions>
+#include <QOpenGLFunctions>
 #include <qopengl.h>
 
 #include <algorithm>
@@ -383,6 +385,173 @@ bool PaintedFills::canDraw()
     return WindowPosOf(QOpenGLContext::currentContext()) != nullptr;
 }
 
+namespace {
+
+/// The pixel buffers a host may have bound for reading and writing pixels, unbound for a scope:
+/// pixels here go to and from memory.
+class PixelBuffersUnbound
+{
+public:
+    PixelBuffersUnbound()
+        : mFunctions(HasPixelBuffers() ? QOpenGLContext::currentContext()->functions() : nullptr)
+    {
+        if (!mFunctions)
+            return;
+        glGetIntegerv(GL_PIXEL_PACK_BUFFER_BINDING, &mPack);
+        glGetIntegerv(GL_PIXEL_UNPACK_BUFFER_BINDING, &mUnpack);
+        mFunctions->glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+        mFunctions->glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+    }
+    ~PixelBuffersUnbound()
+    {
+        if (!mFunctions)
+            return;
+        mFunctions->glBindBuffer(GL_PIXEL_PACK_BUFFER, GLuint(mPack));
+        mFunctions->glBindBuffer(GL_PIXEL_UNPACK_BUFFER, GLuint(mUnpack));
+    }
+    PixelBuffersUnbound(const PixelBuffersUnbound&) = delete;
+    PixelBuffersUnbound& operator=(const PixelBuffersUnbound&) = delete;
+
+private:
+    static bool HasPixelBuffers()
+    {
+        const QOpenGLContext* context = QOpenGLContext::currentContext();
+        return context && !context->isOpenGLES() && context->format().version() >= qMakePair(2, 1);
+    }
+
+    QOpenGLFunctions* mFunctions;
+    GLint mPack = 0, mUnpack = 0;
+};
+
+/// Pixel storage as tightly packed rows, for a scope.
+struct TightPixelStorage
+{
+    TightPixelStorage()
+    {
+        glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+        for (const GLenum swap : { GL_PACK_SWAP_BYTES, GL_UNPACK_SWAP_BYTES })
+            glPixelStorei(swap, GL_FALSE);
+        for (const GLenum zero : { GL_PACK_ROW_LENGTH, GL_PACK_SKIP_PIXELS, GL_PACK_SKIP_ROWS, GL_UNPACK_ROW_LENGTH,
+                 GL_UNPACK_SKIP_PIXELS, GL_UNPACK_SKIP_ROWS })
+            glPixelStorei(zero, 0);
+        glPixelStorei(GL_PACK_ALIGNMENT, 4);
+        glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+    }
+    ~TightPixelStorage() { glPopClientAttrib(); }
+    TightPixelStorage(const TightPixelStorage&) = delete;
+    TightPixelStorage& operator=(const TightPixelStorage&) = delete;
+};
+
+/// A framebuffer of its own over a colour texture and a depth and stencil one, made for one copy
+/// and gone with the scope: a host's context may go at any time, and with it what is kept in it.
+class BlockSource
+{
+public:
+    BlockSource(QOpenGLExtraFunctions& ioGL, int iWidth, int iHeight, const std::uint32_t* iColours,
+        const std::uint32_t* iDepthStencils)
+        : mGL(ioGL)
+    {
+        GLint bound = 0;
+        glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+        glGenTextures(2, mTextures);
+        glBindTexture(GL_TEXTURE_2D, mTextures[0]);
+        glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, iWidth, iHeight, 0, GL_RGBA, GL_UNSIGNED_BYTE, iColours);
+        glBindTexture(GL_TEXTURE_2D, mTextures[1]);
+        glTexImage2D(GL_TEXTURE_2D, 0, GL_DEPTH24_STENCIL8, iWidth, iHeight, 0, GL_DEPTH_STENCIL,
+            GL_UNSIGNED_INT_24_8, iDepthStencils);
+        glBindTexture(GL_TEXTURE_2D, GLuint(bound));
+        glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &mRead);
+        mGL.glGenFramebuffers(1, &mFramebuffer);
+        mGL.glBindFramebuffer(GL_READ_FRAMEBUFFER, mFramebuffer);
+        mGL.glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, mTextures[0], 0);
+        mGL.glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_TEXTURE_2D, mTextures[1], 0);
+    }
+    ~BlockSource()
+    {
+        mGL.glBindFramebuffer(GL_READ_FRAMEBUFFER, GLuint(mRead));
+        mGL.glDeleteFramebuffers(1, &mFramebuffer);
+        glDeleteTextures(2, mTextures);
+    }
+    BlockSource(const BlockSource&) = delete;
+    BlockSource& operator=(const BlockSource&) = delete;
+
+    bool complete() const { return mGL.glCheckFramebufferStatus(GL_READ_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE; }
+
+private:
+    QOpenGLExtraFunctions& mGL;
+    GLuint mTextures[2] = { 0, 0 }, mFramebuffer = 0;
+    GLint mRead = 0;
+};
+
+/// The box of a viewport of the given size at iX, iY that the host's scissor box, if it has
+/// one, leaves: left, bottom, width, height.
+void ScissoredBox(int iX, int iY, int iWidth, int iHeight, GLint oBox[4])
+{
+    oBox[0] = iX;
+    oBox[1] = iY;
+    oBox[2] = iWidth;
+    oBox[3] = iHeight;
+    if (!glIsEnabled(GL_SCISSOR_TEST))
+        return;
+    GLint scissor[4];
+    glGetIntegerv(GL_SCISSOR_BOX, scissor);
+    const GLint right = std::min(oBox[0] + oBox[2], scissor[0] + scissor[2]);
+    const GLint top = std::min(oBox[1] + oBox[3], scissor[1] + scissor[3]);
+    oBox[0] = std::max(oBox[0], scissor[0]);
+    oBox[1] = std::max(oBox[1], scissor[1]);
+    oBox[2] = std::max(right - oBox[0], 0);
+    oBox[3] = std::max(top - oBox[1], 0);
+}
+
+/// A depth in [0, 1] as a 24-bit depth buffer holds it, above 8 bits of stencil; rounded to the
+/// nearest, as the vector conversion below does.
+std::uint32_t DepthAboveStencil(float iDepth)
+{
+    return std::uint32_t(std::lrint(iDepth * 16777215.0f)) << 8;
+}
+
+/// Puts iCount lit pixels, those of opaque colour, with their depths over a block read back
+/// from GL; the depths of the others were cleared, and the stencil stays.
+void Composite(const std::uint32_t* iLit, const float* iLitDepths, int iCount, std::uint32_t* ioColours,
+    std::uint32_t* ioDepthStencils)
+{
+    int i = 0;
+#if defined(__SSE2__)
+    const __m128i zero = _mm_setzero_si128(), stencil = _mm_set1_epi32(0xff);
+    const __m128 scale = _mm_set1_ps(16777215.0f);
+    for (; i + 4 <= iCount; i += 4) {
+        const __m128i lit = _mm_loadu_si128(reinterpret_cast<const __m128i*>(iLit + i));
+        const __m128i off = _mm_cmpeq_epi32(_mm_srli_epi32(lit, 24), zero);
+        __m128i* colours = reinterpret_cast<__m128i*>(ioColours + i);
+        __m128i* depths = reinterpret_cast<__m128i*>(ioDepthStencils + i);
+        const __m128i colour = _mm_loadu_si128(colours);
+        _mm_storeu_si128(colours, _mm_or_si128(_mm_and_si128(off, colour), _mm_andnot_si128(off, lit)));
+        const __m128i depth = _mm_slli_epi32(_mm_cvtps_epi32(_mm_mul_ps(_mm_loadu_ps(iLitDepths + i), scale)), 8);
+        const __m128i depthStencil = _mm_loadu_si128(depths);
+        _mm_storeu_si128(depths, _mm_or_si128(_mm_and_si128(depthStencil, stencil), _mm_andnot_si128(off, depth)));
+    }
+#endif
+    for (; i < iCount; ++i) {
+        const bool on = iLit[i] >> 24;
+        ioColours[i] = on ? iLit[i] : ioColours[i];
+        ioDepthStencils[i] = (ioDepthStencils[i] & 0xffu) | (on ? DepthAboveStencil(iLitDepths[i]) : 0u);
+    }
+}
+
+} // namespace
+
+void PaintedFills::clearDepth(int iX, int iY) const
+{
+    GLAttributeSentry sentry(GL_DEPTH_BUFFER_BIT | GL_SCISSOR_BIT | GL_ENABLE_BIT);
+    GLint box[4];
+    ScissoredBox(iX, iY, mWidth, mHeight, box);
+    glEnable(GL_SCISSOR_TEST);
+    glScissor(box[0], box[1], box[2], box[3]);
+    glDepthMask(GL_TRUE);
+    glClearDepth(0.0);
+    glClear(GL_DEPTH_BUFFER_BIT);
+}
+
 bool PaintedFills::draw(int iX, int iY) const
 {
     const WindowPos windowPos = WindowPosOf(QOpenGLContext::currentContext());
@@ -390,50 +559,86 @@ bool PaintedFills::draw(int iX, int iY) const
         return false;
     GLAttributeSentry sentry(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_ENABLE_BIT | GL_PIXEL_MODE_BIT
         | GL_SCISSOR_BIT | GL_CURRENT_BIT);
-    struct PixelStorage
-    {
-        PixelStorage() { glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT); }
-        ~PixelStorage() { glPopClientAttrib(); }
-    } storage;
+    const TightPixelStorage storage;
+    const PixelBuffersUnbound unbound;
 
-    // The whole viewport, within the host's scissor box if it has one, starts at the least depth.
-    GLint box[4] = { iX, iY, mWidth, mHeight };
-    if (glIsEnabled(GL_SCISSOR_TEST)) {
-        GLint scissor[4];
-        glGetIntegerv(GL_SCISSOR_BOX, scissor);
-        const GLint right = std::min(box[0] + box[2], scissor[0] + scissor[2]);
-        const GLint top = std::min(box[1] + box[3], scissor[1] + scissor[3]);
-        box[0] = std::max(box[0], scissor[0]);
-        box[1] = std::max(box[1], scissor[1]);
-        box[2] = std::max(right - box[0], 0);
-        box[3] = std::max(top - box[1], 0);
-    }
-    glEnable(GL_SCISSOR_TEST);
-    glScissor(box[0], box[1], box[2], box[3]);
-    glDepthMask(GL_TRUE);
-    glClearDepth(0.0);
-    glClear(GL_DEPTH_BUFFER_BIT);
     if (empty())
         return true;
+    GLint box[4];
+    ScissoredBox(iX, iY, mWidth, mHeight, box);
+    // The lit pixels' box, in the window and in the scissor box.
+    const int left = std::max(iX + mLeft, box[0]), right = std::min(iX + mRight + 1, box[0] + box[2]);
+    const int bottom = std::max(iY + mBottom, box[1]), top = std::min(iY + mTop + 1, box[1] + box[3]);
+    if (left >= right || bottom >= top)
+        return true;
+    // Pixels go to and from GL as they are.
+    glPixelZoom(1.0f, 1.0f);
+    for (const GLenum map : { GL_MAP_COLOR, GL_MAP_STENCIL })
+        glPixelTransferi(map, GL_FALSE);
+    for (const GLenum scale : { GL_RED_SCALE, GL_GREEN_SCALE, GL_BLUE_SCALE, GL_ALPHA_SCALE, GL_DEPTH_SCALE })
+        glPixelTransferf(scale, 1.0f);
+    for (const GLenum bias : { GL_RED_BIAS, GL_GREEN_BIAS, GL_BLUE_BIAS, GL_ALPHA_BIAS, GL_DEPTH_BIAS })
+        glPixelTransferf(bias, 0.0f);
+    for (const GLenum index : { GL_INDEX_SHIFT, GL_INDEX_OFFSET })
+        glPixelTransferi(index, 0);
+    if (!copyBlock(left - iX, bottom - iY, right - left, top - bottom, iX, iY))
+        drawPixels(iX, iY);
+    return true;
+}
 
-    glPixelStorei(GL_UNPACK_SWAP_BYTES, GL_FALSE);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+bool PaintedFills::copyBlock(int iColumn, int iRow, int iWidth, int iHeight, int iX, int iY) const
+{
+    QOpenGLContext* context = QOpenGLContext::currentContext();
+    if (context->isOpenGLES() || context->format().version() < qMakePair(3, 0))
+        return false;
+    GLint depthBits = 0, stencilBits = 0, sampleBuffers = 0, drawn = 0, read = 0, drawBuffer = 0, readBuffer = 0;
+    glGetIntegerv(GL_DEPTH_BITS, &depthBits);
+    glGetIntegerv(GL_STENCIL_BITS, &stencilBits);
+    glGetIntegerv(GL_SAMPLE_BUFFERS, &sampleBuffers);
+    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &drawn);
+    glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &read);
+    glGetIntegerv(GL_DRAW_BUFFER, &drawBuffer);
+    glGetIntegerv(GL_READ_BUFFER, &readBuffer);
+    GLboolean colourMask[4];
+    glGetBooleanv(GL_COLOR_WRITEMASK, colourMask);
+    // A copy writes every bit of a pixel as it is: no masks, no conversions, no logic.
+    const bool plain = std::all_of(colourMask, colourMask + 4, [](GLboolean iOn) { return iOn; })
+        && !glIsEnabled(GL_FRAMEBUFFER_SRGB) && !glIsEnabled(GL_COLOR_LOGIC_OP);
+    if (depthBits != 24 || stencilBits != 8 || sampleBuffers != 0 || drawn != read || drawBuffer != readBuffer || !plain)
+        return false;
+
+    const int x = iX + iColumn, y = iY + iRow;
+    const std::size_t size = std::size_t(iWidth) * std::size_t(iHeight);
+    mBlockColours.resize(size);
+    mBlockDepths.resize(size);
+    glReadPixels(x, y, iWidth, iHeight, GL_RGBA, GL_UNSIGNED_BYTE, mBlockColours.data());
+    glReadPixels(x, y, iWidth, iHeight, GL_DEPTH_STENCIL, GL_UNSIGNED_INT_24_8, mBlockDepths.data());
+    for (int row = 0; row < iHeight; ++row) {
+        const std::size_t from = std::size_t(iRow + row) * std::size_t(mWidth) + std::size_t(iColumn);
+        const std::size_t to = std::size_t(row) * std::size_t(iWidth);
+        Composite(&mColours[from], &mDepths[from], iWidth, &mBlockColours[to], &mBlockDepths[to]);
+    }
+    QOpenGLExtraFunctions& gl = *context->extraFunctions();
+    const BlockSource source(gl, iWidth, iHeight, mBlockColours.data(), mBlockDepths.data());
+    if (!source.complete())
+        return false;
+    glGetError(); // whatever was pending is not the copy's
+    glDisable(GL_SCISSOR_TEST); // the block lies in the scissor box, and a copy goes faster without
+    gl.glBlitFramebuffer(0, 0, iWidth, iHeight, x, y, x + iWidth, y + iHeight,
+        GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT, GL_NEAREST);
+    return glGetError() == GL_NO_ERROR;
+}
+
+void PaintedFills::drawPixels(int iX, int iY) const
+{
     glPixelStorei(GL_UNPACK_ROW_LENGTH, mWidth);
     glPixelStorei(GL_UNPACK_SKIP_PIXELS, mLeft);
     glPixelStorei(GL_UNPACK_SKIP_ROWS, mBottom);
-    glPixelZoom(1.0f, 1.0f);
-    glPixelTransferi(GL_MAP_COLOR, GL_FALSE);
-    glPixelTransferf(GL_DEPTH_SCALE, 1.0f);
-    glPixelTransferf(GL_DEPTH_BIAS, 0.0f);
-    for (const GLenum scale : { GL_RED_SCALE, GL_GREEN_SCALE, GL_BLUE_SCALE, GL_ALPHA_SCALE })
-        glPixelTransferf(scale, 1.0f);
-    for (const GLenum bias : { GL_RED_BIAS, GL_GREEN_BIAS, GL_BLUE_BIAS, GL_ALPHA_BIAS })
-        glPixelTransferf(bias, 0.0f);
     const GLsizei width = mRight - mLeft + 1, height = mTop - mBottom + 1;
 
     GLboolean colourMask[4];
     glGetBooleanv(GL_COLOR_WRITEMASK, colourMask);
-    windowPos(iX + mLeft, iY + mBottom);
+    WindowPosOf(QOpenGLContext::currentContext())(iX + mLeft, iY + mBottom);
     glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_ALWAYS);
@@ -445,7 +650,6 @@ bool PaintedFills::draw(int iX, int iY) const
     glEnable(GL_ALPHA_TEST);
     glAlphaFunc(GL_GREATER, 0.0f);
     glDrawPixels(width, height, GL_RGBA, GL_UNSIGNED_BYTE, mColours.data());
-    return true;
 }
 
 } // namespace v22

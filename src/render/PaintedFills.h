@@ -38,10 +38,14 @@ public:
 
     bool empty() const { return mTop < mBottom; }
 
+    /// Sets GL's depth buffer to 0 over the viewport whose lower left corner is at iX, iY,
+    /// within the host's scissor box: draw() writes the lit pixels' depths over it. Called before
+    /// the fills are painted, GL clears while they are.
+    void clearDepth(int iX, int iY) const;
     /// Writes the lit pixels into GL's colour buffer, and their depths into its depth buffer,
-    /// in the viewport whose lower left corner is at iX, iY; every other pixel of the viewport
-    /// gets depth 0. Leaves blending, depth and alpha tests, masks and pixel storage as they were.
-    /// False, with nothing drawn, where GL can't place pixels in window coordinates (before 1.4).
+    /// in the viewport whose lower left corner is at iX, iY, cleared by clearDepth(). Leaves
+    /// blending, depth and alpha tests, masks, pixel storage and stencil as they were. False,
+    /// with nothing drawn, where GL can't place pixels in window coordinates (before 1.4).
     bool draw(int iX, int iY) const;
     /// Whether draw() can: GL 1.4 or later is current.
     static bool canDraw();
@@ -73,6 +77,15 @@ private:
     /// doesn't cover.
     void lightLanes(OcclusionMask& ioMask, int iRow, int iColumn, std::uint32_t iLanes, std::uint32_t iRgba,
         float iDepth);
+    /// Writes the lit pixels of the block of iWidth by iHeight pixels from column iColumn and row
+    /// iRow of the viewport at iX, iY by copying the block whole, colour, depth and stencil, with
+    /// what is already there read back into it: a software rasteriser copies a block of its
+    /// framebuffer's formats as memory, where drawing pixels runs a shader on each. False, with
+    /// nothing drawn, where the framebuffer isn't of the formats written here (8 bits of colour,
+    /// 24 of depth, 8 of stencil, one sample) or a copy isn't as drawing pixels would be.
+    bool copyBlock(int iColumn, int iRow, int iWidth, int iHeight, int iX, int iY) const;
+    /// Writes the lit pixels by drawing them, depths first.
+    void drawPixels(int iX, int iY) const;
     /// Grows the box of the pixels lit to take in another.
     void grow(int iLeft, int iBottom, int iRight, int iTop);
     /// Lights the pixels of a row from iFirst to iLast, within the viewport, that the mask doesn't
@@ -85,6 +98,8 @@ private:
     int mLeft = 0, mBottom = 0, mRight = -1, mTop = -1;
     std::vector<std::uint32_t> mColours;
     std::vector<float> mDepths;
+    /// A block being copied: colours, and depths above stencils.
+    mutable std::vector<std::uint32_t> mBlockColours, mBlockDepths;
 };
 
 } // namespace v22

@@ -18,7 +18,8 @@ class OffscreenGL
 public:
     /// Fails the test under way if any step fails. With iSamples above 0 the framebuffer is
     /// multisampled, and image() gives it resolved.
-    void create(int iWidth, int iHeight, int iSamples = 0)
+    void create(int iWidth, int iHeight, int iSamples = 0,
+        QOpenGLFramebufferObject::Attachment iAttachment = QOpenGLFramebufferObject::CombinedDepthStencil)
     {
         ASSERT_TRUE(mContext.create());
         mSurface.setFormat(mContext.format());
@@ -26,7 +27,7 @@ public:
         ASSERT_TRUE(mContext.makeCurrent(&mSurface));
         QOpenGLFramebufferObjectFormat format;
         format.setSamples(iSamples);
-        format.setAttachment(QOpenGLFramebufferObject::CombinedDepthStencil); // as a widget has
+        format.setAttachment(iAttachment); // by default, as a widget has
         mFramebuffer = std::make_unique<QOpenGLFramebufferObject>(iWidth, iHeight, format);
         ASSERT_TRUE(mFramebuffer->bind());
         glViewport(0, 0, iWidth, iHeight);
@@ -45,6 +46,7 @@ public:
     }
 
     QOpenGLContext& context() { return mContext; }
+    const QOpenGLFramebufferObject& framebuffer() const { return *mFramebuffer; }
     /// What was drawn; drawing goes on into the framebuffer, which resolving a multisampled one
     /// would otherwise leave unbound.
     QImage image() const

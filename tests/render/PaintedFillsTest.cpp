@@ -220,3 +220,93 @@ TEST_F(Painting, polygons_reaching_out_of_the_viewport_or_not_finite_are_left_to
         EXPECT_TRUE(mFills.paint(polygon.data(), int(polygon.size()), cRed, 0.5f, mMask));
     EXPECT_TRUE(mFills.empty());
 }
+
+/// The framebuffers pixels are written into: with 24 bits of depth and 8 of stencil, as a widget
+/// has, they are copied as a block; without stencil, drawn.
+class Writing : public ::testing::TestWithParam<QOpenGLFramebufferObject::Attachment>
+{
+};
+
+// Over a viewport inset in the framebuffer, with a host's scissor box across it: only lit
+// pixels in both change, to their colours and depths, and the stencil and GL's bindings stay.
+TEST_P(Writing, lit_pixels_take_their_colours_and_depths_and_nothing_else_changes)
+{
+    OffscreenGL gl;
+    ASSERT_NO_FATAL_FAILURE(gl.create(cWidth, cHeight, 0, GetParam()));
+    gl.usePixelUnits();
+    glClearColor(0, 1, 0, 1);
+    glClearDepth(1.0);
+    glClearStencil(0x5a);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    GLuint texture = 0;
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
+
+    const int x = 8, y = 4, scissorRight = x + 60;
+    glEnable(GL_SCISSOR_TEST);
+    glScissor(0, 0, scissorRight, cHeight);
+    PaintedFills fills;
+    OcclusionMask mask;
+    fills.reset(cWidth - 16, cHeight - 8);
+    mask.reset(cWidth - 16, cHeight - 8);
+    fills.clearDepth(x, y);
+    struct Square
+    {
+        int left, bottom, side;
+        std::uint32_t colour;
+        float depth;
+    };
+    // The first painted keeps where they overlap; the last reaches past the scissor box.
+    const Square squares[] = { { 10, 10, 20, cRed, 0.75f }, { 20, 20, 20, cBlue, 0.25f }, { 50, 10, 20, cRed, 0.5f } };
+    for (const Square& square : squares) {
+        const double l = square.left, b = square.bottom, r = l + square.side, t = b + square.side;
+        const Point corners[] = { { l, b }, { r, b }, { r, t }, { l, t } };
+        ASSERT_TRUE(fills.paint(corners, 4, square.colour, square.depth, mask));
+    }
+    ASSERT_TRUE(fills.draw(x, y));
+
+    GLint scissor[4], textureBound = 0, readBound = 0;
+    glGetIntegerv(GL_SCISSOR_BOX, scissor);
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &textureBound);
+    glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &readBound);
+    EXPECT_TRUE(glIsEnabled(GL_SCISSOR_TEST));
+    EXPECT_EQ(scissor[2], scissorRight);
+    EXPECT_EQ(GLuint(textureBound), texture);
+    EXPECT_EQ(readBound, GLint(gl.framebuffer().handle()));
+    glDisable(GL_SCISSOR_TEST);
+    glDeleteTextures(1, &texture);
+
+    std::vector<float> depths(std::size_t(cWidth * cHeight));
+    std::vector<GLubyte> stencils(depths.size());
+    glReadPixels(0, 0, cWidth, cHeight, GL_DEPTH_COMPONENT, GL_FLOAT, depths.data());
+    glReadPixels(0, 0, cWidth, cHeight, GL_STENCIL_INDEX, GL_UNSIGNED_BYTE, stencils.data());
+    const QImage image = gl.image();
+    int wrongColours = 0, wrongDepths = 0, wrongStencils = 0;
+    for (int row = 0; row < cHeight; ++row)
+        for (int column = 0; column < cWidth; ++column) {
+            QColor colour = Qt::green;
+            float depth = 1.0f;
+            const bool inViewport = column >= x && column < cWidth - 8 && row >= y && row < cHeight - 4;
+            if (inViewport && column < scissorRight) {
+                depth = 0.0f;
+                const int u = column - x, v = row - y; // pixel centres at u + 0.5, v + 0.5
+                for (const Square& square : squares)
+                    if (u >= square.left && u < square.left + square.side && v >= square.bottom
+                        && v < square.bottom + square.side) {
+                        colour = square.colour == cRed ? QColor(Qt::red) : QColor(Qt::blue);
+                        depth = square.depth;
+                        break;
+                    }
+            }
+            const std::size_t at = std::size_t(row * cWidth + column);
+            wrongColours += image.pixelColor(column, cHeight - 1 - row) != colour;
+            wrongDepths += std::abs(depths[at] - depth) > 1.0f / 65536.0f;
+            wrongStencils += GetParam() == QOpenGLFramebufferObject::CombinedDepthStencil && stencils[at] != 0x5a;
+        }
+    EXPECT_EQ(wrongColours, 0);
+    EXPECT_EQ(wrongDepths, 0);
+    EXPECT_EQ(wrongStencils, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(CopiedOrDrawn, Writing,
+    ::testing::Values(QOpenGLFramebufferObject::CombinedDepthStencil, QOpenGLFramebufferObject::Depth));
