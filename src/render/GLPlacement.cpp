@@ -45,6 +45,12 @@ bool SmoothsPolygons()
     return glIsEnabled(GL_POLYGON_SMOOTH) && !IsKnownRasteriser();
 }
 
+bool RastersInSoftware()
+{
+    const char* renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+    return renderer && (std::strstr(renderer, "llvmpipe") || std::strstr(renderer, "softpipe"));
+}
+
 bool GLPlacement::read()
 {
     GLdouble modelview[16], projection[16];

@@ -13,6 +13,9 @@ namespace v22 {
 
 /// Whether polygons may light their edge pixels in part, blending them with what lies below.
 bool SmoothsPolygons();
+/// Whether the current context rasterises on the CPU, with Mesa's llvmpipe or softpipe: what is
+/// cheap for a graphics card, such as a shader on every pixel, then costs the most.
+bool RastersInSoftware();
 
 /// Where GL puts a vertex of the current matrices, in pixels from the viewport's corner, and how
 /// far from there its rasteriser may light pixels: what culling needs to know that a primitive

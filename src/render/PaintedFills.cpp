@@ -1,5 +1,6 @@
 #include "render/PaintedFills.h"
 
+#include "render/GLPlacement.h"
 #include "render/GLSentries.h"
 
 #include <QOpenGLContext>
@@ -588,8 +589,9 @@ bool PaintedFills::draw(int iX, int iY) const
 
 bool PaintedFills::copyBlock(int iColumn, int iRow, int iWidth, int iHeight, int iX, int iY) const
 {
+    // A graphics card draws pixels at little cost, and reading them back would stall it.
     QOpenGLContext* context = QOpenGLContext::currentContext();
-    if (context->isOpenGLES() || context->format().version() < qMakePair(3, 0))
+    if (!RastersInSoftware() || context->isOpenGLES() || context->format().version() < qMakePair(3, 0))
         return false;
     GLint depthBits = 0, stencilBits = 0, sampleBuffers = 0, drawn = 0, read = 0, drawBuffer = 0, readBuffer = 0;
     glGetIntegerv(GL_DEPTH_BITS, &depthBits);

@@ -81,8 +81,9 @@ private:
     /// iRow of the viewport at iX, iY by copying the block whole, colour, depth and stencil, with
     /// what is already there read back into it: a software rasteriser copies a block of its
     /// framebuffer's formats as memory, where drawing pixels runs a shader on each. False, with
-    /// nothing drawn, where the framebuffer isn't of the formats written here (8 bits of colour,
-    /// 24 of depth, 8 of stencil, one sample) or a copy isn't as drawing pixels would be.
+    /// nothing drawn, on a graphics card, where the framebuffer isn't of the formats written here
+    /// (8 bits of colour, 24 of depth, 8 of stencil, one sample), or where a copy isn't as
+    /// drawing pixels would be.
     bool copyBlock(int iColumn, int iRow, int iWidth, int iHeight, int iX, int iY) const;
     /// Writes the lit pixels by drawing them, depths first.
     void drawPixels(int iX, int iY) const;
