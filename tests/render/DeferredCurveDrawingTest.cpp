@@ -159,16 +159,6 @@ protected:
         return true;
     }
 
-    /// The pixels where two images differ.
-    static int Differences(const QImage& iA, const QImage& iB)
-    {
-        int count = 0;
-        for (int y = 0; y < iA.height(); ++y)
-            for (int x = 0; x < iA.width(); ++x)
-                count += iA.pixel(x, y) != iB.pixel(x, y);
-        return count;
-    }
-
     Viewport mViewport;
     GraphViewColors mColours;
     std::shared_ptr<Selection> mSelection;
@@ -195,12 +185,12 @@ TEST_F(CurveCanvas, deferred_drawing_leaves_out_most_primitives_of_a_dense_view_
         const GLuint all = mPrimitives;
         const QImage deferred = draw(cDeferred);
         const GLuint kept = mPrimitives;
-        EXPECT_EQ(Differences(immediate, deferred), 0);
+        EXPECT_EQ(DifferentPixels(immediate, deferred), 0);
         // The two threads share out the last of the work by who comes first: a few runs meet at
         // different places.
         for (int run = 0; run < 4; ++run) {
             const QImage inSteps = draw(cInSteps);
-            EXPECT_EQ(Differences(immediate, inSteps), 0) << "run " << run;
+            EXPECT_EQ(DifferentPixels(immediate, inSteps), 0) << "run " << run;
             EXPECT_EQ(mPrimitives, kept) << "steps on another thread leave out what a single one does";
         }
         // Away from the origin GL's rounding leaves less sure, and at 4e6 a float's step is a
@@ -230,7 +220,7 @@ TEST_F(CurveCanvas, fills_of_one_colour_leave_out_those_their_neighbours_on_both
     mHover = HitRecord();
 
     const QImage immediate = draw(cImmediate);
-    EXPECT_EQ(Differences(immediate, draw(cDeferred)), 0);
+    EXPECT_EQ(DifferentPixels(immediate, draw(cDeferred)), 0);
     // Beside every other key, the curve's ends keep a few lines and a handle.
     EXPECT_LE(mPrimitives, GLuint(cKeys + 1) / 2 + 4);
 
@@ -240,13 +230,13 @@ TEST_F(CurveCanvas, fills_of_one_colour_leave_out_those_their_neighbours_on_both
     ASSERT_TRUE(fixed);
     fixed->setType(cTangentFixed);
     const QImage crossed = draw(cImmediate);
-    ASSERT_GT(Differences(immediate, crossed), 20);
-    EXPECT_EQ(Differences(crossed, draw(cDeferred)), 0);
+    ASSERT_GT(DifferentPixels(immediate, crossed), 20);
+    EXPECT_EQ(DifferentPixels(crossed, draw(cDeferred)), 0);
 
     SetLocked(*std::next(curve->begin(), 61)->getLeftKey(), true);
     const QImage locked = draw(cImmediate);
-    ASSERT_GT(Differences(crossed, locked), 0);
-    EXPECT_EQ(Differences(locked, draw(cDeferred)), 0);
+    ASSERT_GT(DifferentPixels(crossed, locked), 0);
+    EXPECT_EQ(DifferentPixels(locked, draw(cDeferred)), 0);
 }
 
 // Multisampled, an opaque glyph's edge pixels are only partly covered, and do not hide.
@@ -257,8 +247,8 @@ TEST_F(CurveCanvas, deferred_drawing_leaves_multisampled_pixels_as_they_are)
 
     const QImage immediate = draw(cImmediate);
 
-    EXPECT_EQ(Differences(immediate, draw(cDeferred)), 0);
-    EXPECT_EQ(Differences(immediate, draw(cInSteps)), 0);
+    EXPECT_EQ(DifferentPixels(immediate, draw(cDeferred)), 0);
+    EXPECT_EQ(DifferentPixels(immediate, draw(cInSteps)), 0);
 }
 
 TEST_F(CurveCanvas, a_drawing_dropped_before_its_end_draws_nothing_and_an_inner_one_defers_to_the_outer)

@@ -64,4 +64,14 @@ private:
     std::unique_ptr<QOpenGLFramebufferObject> mFramebuffer;
 };
 
+/// The pixels where two images of one size differ.
+inline int DifferentPixels(const QImage& iA, const QImage& iB)
+{
+    int count = 0;
+    for (int y = 0; y < iA.height(); ++y)
+        for (int x = 0; x < iA.width(); ++x)
+            count += iA.pixel(x, y) != iB.pixel(x, y);
+    return count;
+}
+
 } // namespace EditorTest

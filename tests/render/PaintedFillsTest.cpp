@@ -82,15 +82,6 @@ protected:
         EXPECT_TRUE(mFills.empty());
     }
 
-    static int differences(const QImage& iA, const QImage& iB)
-    {
-        int count = 0;
-        for (int y = 0; y < iA.height(); ++y)
-            for (int x = 0; x < iA.width(); ++x)
-                count += iA.pixel(x, y) != iB.pixel(x, y);
-        return count;
-    }
-
     /// Expects the painter to light every polygon as GL does, and says which one it doesn't.
     void expectLitAsByGL(const std::vector<Polygon>& iPolygons)
     {
@@ -100,7 +91,7 @@ protected:
             std::string corners;
             for (const Point& corner : iPolygons[i])
                 corners += " (" + std::to_string(corner.x) + ", " + std::to_string(corner.y) + ")";
-            ASSERT_EQ(differences(byGL, byPainter), 0) << "polygon" << corners;
+            ASSERT_EQ(DifferentPixels(byGL, byPainter), 0) << "polygon" << corners;
         }
     }
 
