@@ -32,10 +32,15 @@ constexpr double cSameSide = 1.0 / 1024.0;
 
 /// Whether the rasteriser is Mesa's llvmpipe, which ignores polygon smoothing and whose smoothed
 /// lines were measured: the look of the others is not known here.
-bool IsKnownRasteriser()
+bool RendererIs(const char* iName)
 {
     const char* renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
-    return renderer && std::strstr(renderer, "llvmpipe");
+    return renderer && std::strstr(renderer, iName);
+}
+
+bool IsKnownRasteriser()
+{
+    return RendererIs("llvmpipe");
 }
 
 } // namespace
@@ -47,8 +52,7 @@ bool SmoothsPolygons()
 
 bool RastersInSoftware()
 {
-    const char* renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
-    return renderer && (std::strstr(renderer, "llvmpipe") || std::strstr(renderer, "softpipe"));
+    return RendererIs("llvmpipe") || RendererIs("softpipe");
 }
 
 bool GLPlacement::read()

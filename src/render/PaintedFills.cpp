@@ -555,8 +555,7 @@ void PaintedFills::clearDepth(int iX, int iY) const
 
 bool PaintedFills::draw(int iX, int iY) const
 {
-    const WindowPos windowPos = WindowPosOf(QOpenGLContext::currentContext());
-    if (!windowPos)
+    if (!canDraw())
         return false;
     GLAttributeSentry sentry(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_ENABLE_BIT | GL_PIXEL_MODE_BIT
         | GL_SCISSOR_BIT | GL_CURRENT_BIT);
