@@ -18,6 +18,7 @@
 #include "render/GLException.h"
 #include "render/GLPlacement.h"
 #include "render/GLSentries.h"
+#include "render/KeptGLObjects.h"
 #include "render/VertexArrays.h"
 #include "render/GraphViewColors.h"
 #include "render/GridLayer.h"

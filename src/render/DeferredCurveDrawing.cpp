@@ -2,6 +2,7 @@
 
 #include "render/GLPlacement.h"
 #include "render/GLSentries.h"
+#include "render/KeptGLObjects.h"
 #include "render/OcclusionMask.h"
 #include "render/PaintedFills.h"
 
@@ -11,6 +12,7 @@
 #include <atomic>
 #include <cmath>
 #include <condition_variable>
+#include <cstdint>
 #include <cstring>
 #include <exception>
 #include <memory>
@@ -430,8 +432,53 @@ void SetColour(const QColor& iColour, GLfloat& oR, GLfloat& oG, GLfloat& oB)
     oB = GLfloat(iColour.blueF());
 }
 
+/// Where GL reads a part's vertices from: a buffer object kept for the part's place in the
+/// drawing and filled with the part's arrays, or, where the context keeps none, the arrays
+/// themselves. Handed from client memory, the vertices would go through a software rasteriser's
+/// stream buffers, made anew and given back to the system as they fill.
+class PartSource
+{
+public:
+    PartSource(KeptGLObjects* ioKept, std::size_t iIndex, const Part& iPart)
+    {
+        add(iPart.strips);
+        for (int kind = 0; kind < GlyphArrays::cKinds; ++kind)
+            add(iPart.glyphs[kind]);
+        add(iPart.readyVertices);
+        if (ioKept)
+            mBuffer = ioKept->fillVertexBuffer(iIndex, mBlocks, mSizes, cBlocks, mOffsets);
+    }
+
+    /// The source of the vertex at iAddress, in one of the part's arrays.
+    VertexSource operator()(const void* iAddress) const
+    {
+        const auto address = reinterpret_cast<std::uintptr_t>(iAddress);
+        if (mBuffer)
+            for (int i = 0; i < cBlocks; ++i) {
+                const auto begin = reinterpret_cast<std::uintptr_t>(mBlocks[i]);
+                if (address >= begin && address - begin < mSizes[i])
+                    return VertexSource::InBuffer(mBuffer, mOffsets[i] + (address - begin));
+            }
+        return VertexSource::InClientMemory(iAddress);
+    }
+
+private:
+    static constexpr int cBlocks = 2 + GlyphArrays::cKinds;
+
+    template <class Vertex> void add(const std::vector<Vertex>& iVertices)
+    {
+        mBlocks[mCount] = iVertices.data();
+        mSizes[mCount++] = iVertices.size() * sizeof(Vertex);
+    }
+
+    const void* mBlocks[cBlocks];
+    std::size_t mSizes[cBlocks], mOffsets[cBlocks];
+    int mCount = 0;
+    GLuint mBuffer = 0;
+};
+
 /// Draws a strip's runs of kept lines, each as a strip of its own, and gives the lines drawn.
-int DrawKeptStrip(const Draw& iDraw, const Part& iPart)
+int DrawKeptStrip(const Draw& iDraw, const Part& iPart, const PartSource& iSource)
 {
     int lines = 0;
     glColor3f(iDraw.r, iDraw.g, iDraw.b);
@@ -444,7 +491,7 @@ int DrawKeptStrip(const Draw& iDraw, const Part& iPart)
         while (next < end && iPart.stripKept[std::size_t(next)])
             ++next;
         if (next > run)
-            DrawLineStrip(&iPart.strips[std::size_t(run)], next - run + 1);
+            DrawLineStrip(iSource(&iPart.strips[std::size_t(run)]), next - run + 1);
         lines += next - run;
         run = next;
     }
@@ -503,9 +550,9 @@ private:
     GLfloat mSize = 1.0f;
 };
 
-/// A run of a draw of iKind, and how many primitives it is. iPlainFills: whether fills light
-/// whole pixels, so that opaque ones may be drawn as PlainFills.
-int DrawRun(int iKind, const Run& iRun, bool iPlainFills)
+/// A run of a draw of iKind, read from iSource, and how many primitives it is. iPlainFills:
+/// whether fills light whole pixels, so that opaque ones may be drawn as PlainFills.
+int DrawRun(int iKind, const Run& iRun, VertexSource iSource, bool iPlainFills)
 {
     if (iRun.count <= 0)
         return 0;
@@ -515,7 +562,7 @@ int DrawRun(int iKind, const Run& iRun, bool iPlainFills)
     std::optional<PointSprites> sprites;
     if (iRun.mode == GL_POINTS)
         sprites.emplace(iRun.pointSide);
-    DrawColouredVertices(iRun.mode, iRun.vertices, iRun.count);
+    DrawColouredVertices(iRun.mode, iSource, iRun.count);
     return iRun.count / VerticesPerPrimitive(iRun.mode);
 }
 
@@ -781,17 +828,19 @@ void DeferredCurveDrawing::finish(const std::vector<std::function<void()>>& iLas
     }
     glLineWidth(cLineWidth);
     const bool plainFills = !SmoothsPolygons();
+    KeptGLObjects* const kept = KeptGLObjects::current();
     int sinceFlush = 0;
     for (std::size_t i = 0; i < store.used; ++i) {
         const Part& part = steps.ready(i);
+        const PartSource source(kept, i, part);
         for (std::size_t d = 0; d < part.draws.size(); ++d) {
             const Draw& draw = part.draws[d];
             if (painted)
                 glDepthRange(draw.depth, draw.depth);
             if (draw.kind == cStrip)
-                sinceFlush += DrawKeptStrip(draw, part);
+                sinceFlush += DrawKeptStrip(draw, part, source);
             for (std::size_t run = part.firstRuns[d]; run < part.firstRuns[d + 1]; ++run)
-                sinceFlush += DrawRun(draw.kind, part.runs[run], plainFills);
+                sinceFlush += DrawRun(draw.kind, part.runs[run], source(part.runs[run].vertices), plainFills);
         }
         if (sinceFlush >= cPrimitivesPerFlush) {
             glFlush();
@@ -852,7 +901,7 @@ void DeferredCurveDrawing::glyphs(const GlyphArrays::Mark& iFrom)
         runs.clear();
         AppendRuns(kind, entries.data() + first, kept.data(), int(kept.size()), placement, copies, runs);
         for (const Run& run : runs)
-            DrawRun(kind, run, plainFills);
+            DrawRun(kind, run, VertexSource::InClientMemory(run.vertices), plainFills);
         entries.resize(first);
     }
 }

@@ -2,6 +2,7 @@
 
 #include "render/GLPlacement.h"
 #include "render/GLSentries.h"
+#include "render/KeptGLObjects.h"
 
 #include <QOpenGLContext>
 #include <QOpenGLExtraFunctions>
@@ -443,8 +444,9 @@ struct TightPixelStorage
     TightPixelStorage& operator=(const TightPixelStorage&) = delete;
 };
 
-/// A framebuffer of its own over a colour texture and a depth and stencil one, made for one copy
-/// and gone with the scope: a host's context may go at any time, and with it what is kept in it.
+/// A framebuffer for reading over a colour texture and a depth and stencil one, holding a block
+/// of pixels for the scope: those kept in the context where it can keep them, or else its own,
+/// made for the one copy.
 class BlockSource
 {
 public:
@@ -454,24 +456,40 @@ public:
     {
         GLint bound = 0;
         glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
-        glGenTextures(2, mTextures);
-        glBindTexture(GL_TEXTURE_2D, mTextures[0]);
-        glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, iWidth, iHeight, 0, GL_RGBA, GL_UNSIGNED_BYTE, iColours);
-        glBindTexture(GL_TEXTURE_2D, mTextures[1]);
-        glTexImage2D(GL_TEXTURE_2D, 0, GL_DEPTH24_STENCIL8, iWidth, iHeight, 0, GL_DEPTH_STENCIL,
-            GL_UNSIGNED_INT_24_8, iDepthStencils);
-        glBindTexture(GL_TEXTURE_2D, GLuint(bound));
         glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &mRead);
-        mGL.glGenFramebuffers(1, &mFramebuffer);
-        mGL.glBindFramebuffer(GL_READ_FRAMEBUFFER, mFramebuffer);
-        mGL.glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, mTextures[0], 0);
-        mGL.glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_TEXTURE_2D, mTextures[1], 0);
+        if (KeptGLObjects* kept = KeptGLObjects::current())
+            mBlock = kept->pixelBlock(iWidth, iHeight);
+        mOwn = !mBlock.framebuffer;
+        if (mOwn) {
+            glGenTextures(1, &mBlock.colours);
+            glGenTextures(1, &mBlock.depthStencils);
+            mGL.glGenFramebuffers(1, &mBlock.framebuffer);
+        }
+        const auto load = [&](GLuint iTexture, GLenum iInternal, GLenum iFormat, GLenum iType, const void* iPixels) {
+            glBindTexture(GL_TEXTURE_2D, iTexture);
+            if (mOwn)
+                glTexImage2D(GL_TEXTURE_2D, 0, GLint(iInternal), iWidth, iHeight, 0, iFormat, iType, iPixels);
+            else
+                glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, iWidth, iHeight, iFormat, iType, iPixels);
+        };
+        load(mBlock.colours, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE, iColours);
+        load(mBlock.depthStencils, GL_DEPTH24_STENCIL8, GL_DEPTH_STENCIL, GL_UNSIGNED_INT_24_8, iDepthStencils);
+        glBindTexture(GL_TEXTURE_2D, GLuint(bound));
+        mGL.glBindFramebuffer(GL_READ_FRAMEBUFFER, mBlock.framebuffer);
+        if (mOwn) {
+            mGL.glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, mBlock.colours, 0);
+            mGL.glFramebufferTexture2D(
+                GL_READ_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_TEXTURE_2D, mBlock.depthStencils, 0);
+        }
     }
     ~BlockSource()
     {
         mGL.glBindFramebuffer(GL_READ_FRAMEBUFFER, GLuint(mRead));
-        mGL.glDeleteFramebuffers(1, &mFramebuffer);
-        glDeleteTextures(2, mTextures);
+        if (!mOwn)
+            return;
+        mGL.glDeleteFramebuffers(1, &mBlock.framebuffer);
+        const GLuint textures[2] = { mBlock.colours, mBlock.depthStencils };
+        glDeleteTextures(2, textures);
     }
     BlockSource(const BlockSource&) = delete;
     BlockSource& operator=(const BlockSource&) = delete;
@@ -480,7 +498,8 @@ public:
 
 private:
     QOpenGLExtraFunctions& mGL;
-    GLuint mTextures[2] = { 0, 0 }, mFramebuffer = 0;
+    KeptGLObjects::PixelBlock mBlock;
+    bool mOwn = true;
     GLint mRead = 0;
 };
 

@@ -2,6 +2,8 @@
 
 #include <qopengl.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace Ovantis {
@@ -27,21 +29,42 @@ struct PlainVertex
     bool operator==(const PlainVertex& iOther) const { return x == iOther.x && y == iOther.y; }
 };
 
-// Both routines draw from client memory in draws of a few hundred vertices. Mesa's software
+// Both routines draw in draws of a few hundred vertices. Mesa's software
 // rasteriser, which draws smoothed lines through a pipeline whose per-flush work grows with the
 // vertices of the whole draw, takes quadratic time on one large draw, and a call per primitive
 // costs more than the primitive; a few hundred vertices a draw sits between. They leave the
 // client array state as they found it.
 
+/// Where a draw reads its first vertex: at an address in client memory (buffer 0), or at a byte
+/// offset in a buffer object.
+struct VertexSource
+{
+    GLuint buffer;
+    std::uintptr_t start;
+
+    static VertexSource InClientMemory(const void* iStart) { return { 0, reinterpret_cast<std::uintptr_t>(iStart) }; }
+    static VertexSource InBuffer(GLuint iBuffer, std::size_t iOffset) { return { iBuffer, iOffset }; }
+    /// Where GL is to read the byte iByte from the start, as it takes addresses and offsets alike.
+    const void* at(std::size_t iByte) const { return reinterpret_cast<const void*>(start + iByte); }
+};
+
 /// Independent primitives of iMode (GL_POINTS, GL_LINES, GL_TRIANGLES or GL_QUADS), each vertex coloured.
-void DrawColouredVertices(GLenum iMode, const ColouredVertex* iVertices, int iCount);
+void DrawColouredVertices(GLenum iMode, VertexSource iVertices, int iCount);
+inline void DrawColouredVertices(GLenum iMode, const ColouredVertex* iVertices, int iCount)
+{
+    DrawColouredVertices(iMode, VertexSource::InClientMemory(iVertices), iCount);
+}
 inline void DrawColouredVertices(GLenum iMode, const std::vector<ColouredVertex>& iVertices)
 {
     DrawColouredVertices(iMode, iVertices.data(), int(iVertices.size()));
 }
 
 /// A line strip in the current colour; fewer than two points draw nothing.
-void DrawLineStrip(const PlainVertex* iPoints, int iCount);
+void DrawLineStrip(VertexSource iPoints, int iCount);
+inline void DrawLineStrip(const PlainVertex* iPoints, int iCount)
+{
+    DrawLineStrip(VertexSource::InClientMemory(iPoints), iCount);
+}
 inline void DrawLineStrip(const std::vector<PlainVertex>& iPoints)
 {
     DrawLineStrip(iPoints.data(), int(iPoints.size()));
