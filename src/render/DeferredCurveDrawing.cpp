@@ -441,25 +441,32 @@ class PartSource
 public:
     PartSource(KeptGLObjects* ioKept, std::size_t iIndex, const Part& iPart)
     {
+        if (!ioKept)
+            return;
         add(iPart.strips);
         for (int kind = 0; kind < GlyphArrays::cKinds; ++kind)
             add(iPart.glyphs[kind]);
         add(iPart.readyVertices);
-        if (ioKept)
-            mBuffer = ioKept->fillVertexBuffer(iIndex, mBlocks, mSizes, cBlocks, mOffsets);
+        // Only the arrays that runs draw from go to GL: most glyphs are painted or hidden, and
+        // those that stay are copied out of their arrays.
+        bool drawn[cBlocks] = { true };
+        for (const Run& run : iPart.runs)
+            if (const int block = blockOf(run.vertices); block >= 0)
+                drawn[block] = true;
+        for (int i = 0; i < cBlocks; ++i)
+            mSizes[i] = drawn[i] ? mSizes[i] : 0;
+        mBuffer = ioKept->fillVertexBuffer(iIndex, mBlocks, mSizes, cBlocks, mOffsets);
     }
 
     /// The source of the vertex at iAddress, in one of the part's arrays.
     VertexSource operator()(const void* iAddress) const
     {
-        const auto address = reinterpret_cast<std::uintptr_t>(iAddress);
-        if (mBuffer)
-            for (int i = 0; i < cBlocks; ++i) {
-                const auto begin = reinterpret_cast<std::uintptr_t>(mBlocks[i]);
-                if (address >= begin && address - begin < mSizes[i])
-                    return VertexSource::InBuffer(mBuffer, mOffsets[i] + (address - begin));
-            }
-        return VertexSource::InClientMemory(iAddress);
+        const int block = mBuffer ? blockOf(iAddress) : -1;
+        if (block < 0)
+            return VertexSource::InClientMemory(iAddress);
+        const auto offset
+            = reinterpret_cast<std::uintptr_t>(iAddress) - reinterpret_cast<std::uintptr_t>(mBlocks[block]);
+        return VertexSource::InBuffer(mBuffer, mOffsets[block] + offset);
     }
 
 private:
@@ -471,8 +478,20 @@ private:
         mSizes[mCount++] = iVertices.size() * sizeof(Vertex);
     }
 
-    const void* mBlocks[cBlocks];
-    std::size_t mSizes[cBlocks], mOffsets[cBlocks];
+    /// The block that holds iAddress, or -1.
+    int blockOf(const void* iAddress) const
+    {
+        const auto address = reinterpret_cast<std::uintptr_t>(iAddress);
+        for (int i = 0; i < mCount; ++i) {
+            const auto begin = reinterpret_cast<std::uintptr_t>(mBlocks[i]);
+            if (address >= begin && address - begin < mSizes[i])
+                return i;
+        }
+        return -1;
+    }
+
+    const void* mBlocks[cBlocks] = {};
+    std::size_t mSizes[cBlocks] = {}, mOffsets[cBlocks] = {};
     int mCount = 0;
     GLuint mBuffer = 0;
 };
