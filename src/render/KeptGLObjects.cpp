@@ -4,7 +4,6 @@
 #include <QOpenGLExtraFunctions>
 #include <QThread>
 
-
 namespace Ovantis {
 namespace SplinorEditorQtLib {
 namespace v22 {
